@@ -1,0 +1,109 @@
+/// The bytes of one text: up to 47 of them inside the object, more of them on the heap.
+///
+/// Strings and variants keep their text here. Assigning into an object that has the room allocates
+/// nothing, and the heap block of an earlier, longer text is kept for the next one.
+/// Thread rule: as for any value, no thread may read it while another changes it.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+#include "base/zvb_export.h"
+
+class ZvbText {
+ public:
+  /// Bytes, without the terminating zero, that need no heap.
+  static constexpr std::uint32_t inlineCapacity = 47;
+  /// The longest text in bytes; with its terminator its size still fits 31 bits.
+  static constexpr std::uint32_t maximumSize = 0x7FFFFFFEU;
+
+  ZvbText() noexcept { inline_[0] = '\0'; }
+  ZvbText(const ZvbText&) = delete;
+  ZvbText& operator=(const ZvbText&) = delete;
+  ~ZvbText() { delete[] heap_; }
+
+  /// Replaces the text by `size` bytes, which may be part of this very text. False, and the text
+  /// unchanged, when memory is short or the text too long.
+  [[nodiscard]] bool assign(const char* text, std::size_t size) noexcept {
+    if (size <= inlineCapacity) [[likely]] {
+      copyShort(inline_, text, size);
+      inline_[size] = '\0';
+      size_ = static_cast<std::uint32_t>(size);
+      return true;
+    }
+    return assignLong(text, size);
+  }
+
+  /// Adds `size` bytes at the end; result and aliasing as for assign.
+  [[nodiscard]] ZVB_API bool append(const char* text, std::size_t size) noexcept;
+
+  /// Keeps the first `size` bytes; does nothing when there are no more than that.
+  ZVB_API void truncate(std::size_t size) noexcept;
+
+  void clear() noexcept {
+    inline_[0] = '\0';
+    size_ = 0;
+  }
+
+  /// Takes over the text of `other`, which is empty afterwards.
+  ZVB_API void take(ZvbText& other) noexcept;
+
+  /// Zero-terminated; valid until the next change.
+  [[nodiscard]] const char* data() const noexcept {
+    return size_ <= inlineCapacity ? inline_ : heap_;
+  }
+  /// In bytes, without the terminator.
+  [[nodiscard]] std::uint32_t size() const noexcept { return size_; }
+  [[nodiscard]] std::string_view view() const noexcept { return {data(), size_}; }
+
+ private:
+  /// Copies up to inlineCapacity bytes as two or four overlapping pieces. All of the source is read
+  /// before anything is written, so the two ranges may overlap.
+  static void copyShort(char* target, const char* source, std::size_t size) noexcept {
+    if (size >= 16) {
+      Piece16 first;
+      Piece16 second;
+      Piece16 last;
+      std::memcpy(&first, source, 16);
+      std::memcpy(&second, source + (size > 32 ? 16 : 0), 16);
+      std::memcpy(&last, source + size - 16, 16);
+      std::memcpy(target, &first, 16);
+      std::memcpy(target + (size > 32 ? 16 : 0), &second, 16);
+      std::memcpy(target + size - 16, &last, 16);
+    } else if (size >= 8) {
+      copyEnds<std::uint64_t>(target, source, size);
+    } else if (size >= 4) {
+      copyEnds<std::uint32_t>(target, source, size);
+    } else if (size != 0) {
+      const char first = source[0];
+      const char middle = source[size / 2];
+      const char last = source[size - 1];
+      target[0] = first;
+      target[size / 2] = middle;
+      target[size - 1] = last;
+    }
+  }
+
+  struct Piece16 {
+    std::uint64_t words[2];
+  };
+
+  template <typename Piece>
+  static void copyEnds(char* target, const char* source, std::size_t size) noexcept {
+    Piece first;
+    Piece last;
+    std::memcpy(&first, source, sizeof first);
+    std::memcpy(&last, source + size - sizeof last, sizeof last);
+    std::memcpy(target, &first, sizeof first);
+    std::memcpy(target + size - sizeof last, &last, sizeof last);
+  }
+
+  // Kept out of line so that assigning a short text stays small wherever it is inlined.
+  [[nodiscard, gnu::noinline]] ZVB_API bool assignLong(const char* text, std::size_t size) noexcept;
+
+  char* heap_ = nullptr;        // holds the text when size_ is above inlineCapacity
+  std::uint32_t size_ = 0;      // without the terminator
+  std::uint32_t capacity_ = 0;  // of heap_, without the terminator
+  char inline_[inlineCapacity + 1];
+};

@@ -1,0 +1,99 @@
+/// The message catalogue: every failure text of the libraries, by number.
+///
+/// A message says what failed, on what, and what can be done; it begins with its number. The kinds
+/// of its arguments are part of the catalogue, so zvbMessage() refuses a wrong call when it is
+/// compiled. Thread rule: may be called from any thread.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <type_traits>
+
+#include "base/ZvbString.h"
+
+/// One message. In `text`, %1 to %9 stand for the arguments. `kinds` has one letter an argument:
+/// t a text (const char*), i a 32-bit integer, l a 64-bit one.
+struct ZvbMessageEntry {
+  int id;
+  const char* kinds;
+  const char* text;
+};
+
+inline constexpr ZvbMessageEntry zvbMessageCatalogue[] = {
+    {29, "t", "Memory is short: %1 could not be allocated. Free memory and try again."},
+    {336, "", "The position in a data element file could not be set."},
+    {453, "t", "The position in the file could not be set: %1."},
+    {1044, "", "A file could not be written: the disk is full, failing, or a limit was reached."},
+    {1045, "t", "What was written could not be brought to the file: %1."},
+    {1301, "t", "A file is damaged or shorter than it says: reading \"%1\" failed."},
+    {1352, "ti", "The file \"%1\" cannot be opened: system status %2."},
+    {1353, "tt", "The file \"%1\" cannot be opened: %2."},
+    {1417, "tit",
+     "No directory accepts a new file; the last one tried was \"%1\": status %2, %3. Check that "
+     "the "
+     "directories exist, can be written to and have space."},
+    {1420, "", "There is no column of that number."},
+    {1666, "t", "Another column has the name \"%1\" already."},
+    {1747, "t", "A file could not be deleted: %1."},
+    {1768, "", "Rows cannot be written: the work table is not open for writing."},
+    {1773, "", "The file is no work table: its header is too short."},
+    {1783, "tit", "The path of a new file (%1) cannot be split: status %2, %3."},
+    {1784, "tit",
+     "A directory and a file name (%1) cannot be joined: status %2, %3. A table's name is a plain "
+     "file name."},
+    {1785, "iiii",
+     "The work table has format version %1.%2; this library reads versions up to %3.%4 and later "
+     "minor versions of the same major one."},
+    {1786, "", "The file is damaged: a record is longer or shorter than it can be."},
+    {1787, "", "The file is damaged: its access key is cut off."},
+    {1788, "l", "A range of rows cannot begin with row %1: rows are counted from 0."},
+    {1789, "l", "A range of rows cannot have %1 rows: give 0 or more, or -1 for all."},
+    {1791, "i", "There is no column number %1: columns are counted from 0."},
+    {1792, "i", "Column number %1 is selected twice."},
+    {1793, "", "Rows cannot be read: the work table is not open for reading."},
+    {1794, "", "The row lies beyond the end of its data element."},
+    {1799, "t", "%1 is not available in this version of the library."},
+};
+
+/// The text of a message with its arguments in place: texts as const char* (null prints as "unknown
+/// error"), numbers as int or std::int64_t, as the catalogue says. `sourceFile`, `line` and
+/// `component` name the place that raises it, for a debugger; they are not part of the text. An
+/// unknown number gives a text that says so.
+[[nodiscard]] ZvbString zvb_get_message(const char* sourceFile, int line, const char* component,
+                                        int messageId, ...) noexcept;
+
+constexpr const ZvbMessageEntry* zvbFindMessage(int id) noexcept {
+  for (const ZvbMessageEntry& entry : zvbMessageCatalogue) {
+    if (entry.id == id) {
+      return &entry;
+    }
+  }
+  return nullptr;
+}
+
+template <typename Argument>
+constexpr char zvbMessageKind() noexcept {
+  if constexpr (std::is_convertible_v<Argument, const char*>) {
+    return 't';
+  } else if constexpr (std::is_same_v<Argument, int>) {
+    return 'i';
+  } else {
+    static_assert(std::is_same_v<Argument, std::int64_t>, "a text, an int or a std::int64_t");
+    return 'l';
+  }
+}
+
+template <typename... Arguments>
+constexpr bool zvbMessageTakes(int id) noexcept {
+  const char kinds[] = {zvbMessageKind<Arguments>()..., '\0'};
+  const ZvbMessageEntry* entry = zvbFindMessage(id);
+  return entry != nullptr && std::string_view(kinds) == entry->kinds;
+}
+
+/// zvb_get_message, with the number and the arguments checked against the catalogue.
+template <int id, typename... Arguments>
+[[nodiscard]] ZvbString zvbMessage(const char* sourceFile, int line, const char* component,
+                                   Arguments... arguments) noexcept {
+  static_assert(zvbMessageTakes<Arguments...>(id), "the catalogue has other arguments");
+  return zvb_get_message(sourceFile, line, component, id, arguments...);
+}

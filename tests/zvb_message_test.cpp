@@ -1,0 +1,69 @@
+/// The message catalogue.
+
+#include "base/zvb_message.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <regex>
+#include <set>
+#include <string>
+
+#include "support/TemporaryDirectory.h"
+
+namespace {
+
+TEST(Messages, PutTheirArgumentsInPlace) {
+  EXPECT_STREQ("1353: The file \"/tmp/x\" cannot be opened: not found.",
+               zvbMessage<1353>("f", 1, "c", "/tmp/x", "not found").asCstr());
+  EXPECT_STREQ(
+      "1785: The work table has format version 2.5; this library reads versions up to 1.0 and "
+      "later minor versions of the same major one.",
+      zvbMessage<1785>("f", 1, "c", 2, 5, 1, 0).asCstr());
+  const ZvbString lowest = zvbMessage<1788>("f", 1, "c", std::numeric_limits<std::int64_t>::min());
+  EXPECT_NE(nullptr, std::strstr(lowest.asCstr(), "-9223372036854775808"));
+  const char* none = nullptr;
+  EXPECT_NE(nullptr, std::strstr(zvbMessage<1045>("f", 1, "c", none).asCstr(), "unknown error"));
+  EXPECT_NE(nullptr, std::strstr(zvbMessage<1666>("f", 1, "c", "50%1%2").asCstr(), "\"50%1%2\""));
+  EXPECT_STREQ("7: a message of this number is not in the catalogue",
+               zvb_get_message("f", 1, "c", 7).asCstr());
+}
+
+TEST(Messages, UseEachArgumentOfTheirKinds) {
+  int previous = 0;
+  for (const ZvbMessageEntry& entry : zvbMessageCatalogue) {
+    EXPECT_LT(previous, entry.id) << "numbers ascend";
+    previous = entry.id;
+    const std::string text = entry.text;
+    for (int i = 1; i <= 9; ++i) {
+      const bool used = text.find("%" + std::to_string(i)) != std::string::npos;
+      EXPECT_EQ(used, i <= static_cast<int>(std::string(entry.kinds).size())) << entry.id;
+    }
+  }
+}
+
+/// A message is in use when its name in src/wtelem/messages.h appears in a WT_MESSAGE of src/.
+TEST(Messages, AreAllInUse) {
+  const std::filesystem::path source = std::filesystem::path(ZVWT_SOURCE_DIR) / "src";
+  std::string code;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(source)) {
+    if (entry.path().extension() == ".cpp" || entry.path().extension() == ".h") {
+      code += TemporaryDirectory::read(entry.path());
+    }
+  }
+  const std::string names = TemporaryDirectory::read(source / "wtelem" / "messages.h");
+  const std::regex definition(R"(inline constexpr int (\w+) = (\d+);)");
+  std::set<int> named;
+  for (std::sregex_iterator found(names.begin(), names.end(), definition), end; found != end;
+       ++found) {
+    named.insert(std::stoi((*found)[2]));
+    const std::regex use("WT_MESSAGE\\(\\s*" + (*found)[1].str() + "\\b");
+    EXPECT_TRUE(std::regex_search(code, use)) << (*found)[1];
+  }
+  for (const ZvbMessageEntry& entry : zvbMessageCatalogue) {
+    EXPECT_TRUE(named.contains(entry.id)) << entry.id;
+  }
+  EXPECT_EQ(std::size(zvbMessageCatalogue), named.size());
+}
+
+}  // namespace
