@@ -1,0 +1,44 @@
+/// The calls into the operating system that the file layer makes; nothing else in it makes any.
+///
+/// Each does one thing on an open file or a path and answers with a status of np_fio.h. Interrupted
+/// calls are repeated here; a transfer may still be partial, and the caller goes on where it ended.
+/// Pointers are never null. Thread rule: all may be called from any thread; several threads may
+/// read and write one file, as every transfer names its own place.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "fio/np_fio.h"
+
+namespace fioSystem {
+
+/// A descriptor or a handle of the operating system.
+using File = std::intptr_t;
+
+/// Opens an existing regular file in one of the modes of NpFioMode.
+[[nodiscard]] int open(const char* path, NpFioMode mode, File* file) noexcept;
+/// Makes a file that did not exist, for this user alone, and opens it as its only writer. When that
+/// fails no file is left behind.
+[[nodiscard]] int create(const char* path, File* file) noexcept;
+/// The file is closed whatever the status says.
+[[nodiscard]] int close(File file) noexcept;
+
+/// Success with 0 bytes is the end of the file.
+[[nodiscard]] int read(File file, void* bytes, std::size_t size, std::int64_t offset,
+                       std::size_t* transferred) noexcept;
+/// Success moves at least one byte.
+[[nodiscard]] int write(File file, const void* bytes, std::size_t size, std::int64_t offset,
+                        std::size_t* transferred) noexcept;
+[[nodiscard]] int size(File file, std::int64_t* bytes) noexcept;
+/// Makes the file `bytes` long; zero bytes fill what is new.
+[[nodiscard]] int truncate(File file, std::int64_t bytes) noexcept;
+
+/// Describes a link itself, not what it leads to.
+[[nodiscard]] int stat(const char* path, np_fio_stat* info) noexcept;
+[[nodiscard]] int remove(const char* path) noexcept;
+
+/// The characters that part the directories of a path; the first is the one to write.
+extern const char* const separators;
+
+}  // namespace fioSystem

@@ -1,0 +1,473 @@
+#include "fio/np_fio.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <random>
+#include <string>
+
+#include "support/EnvironmentVariable.h"
+#include "support/TemporaryDirectory.h"
+
+namespace {
+
+struct CloseFile {
+  void operator()(np_fio_handle file) const { np_fio_close(file); }
+};
+using File = std::unique_ptr<np_fio_file, CloseFile>;
+
+int openStatus(const std::string& path, int mode) {
+  np_fio_handle file = nullptr;
+  const int status = np_fio_open(path.c_str(), mode, &file);
+  EXPECT_EQ(file != nullptr, status == npFioSuccess);
+  np_fio_close(file);
+  return status;
+}
+
+File opened(const std::string& path, int mode) {
+  np_fio_handle file = nullptr;
+  EXPECT_EQ(np_fio_open(path.c_str(), mode, &file), npFioSuccess);
+  return File(file);
+}
+
+std::string randomText(std::mt19937& random, std::size_t size) {
+  std::string text(size, '\0');
+  for (char& character : text) {
+    character = static_cast<char>(random());
+  }
+  return text;
+}
+
+std::string readText(np_fio_handle file, std::size_t size) {
+  std::string text(size, '\0');
+  const int count = np_fio_getb(file, text.data(), static_cast<int>(size));
+  text.resize(static_cast<std::size_t>(count));
+  return text;
+}
+
+int putText(np_fio_handle file, const std::string& text) {
+  return np_fio_putb(file, text.data(), static_cast<int>(text.size()));
+}
+
+/// A file beside the simplest thing that it should behave like; each operation is done on both.
+class FileWithModel {
+ public:
+  FileWithModel(std::string path, unsigned seed) : path_(std::move(path)), random_(seed) {
+    std::ofstream(path_).flush();
+    file_ = opened(path_, npFioOnlyWriter);
+  }
+
+  void doSomething() {
+    using Operation = void (FileWithModel::*)();
+    constexpr std::array<Operation, 14> operations = {
+        &FileWithModel::read,     &FileWithModel::read,    &FileWithModel::read,
+        &FileWithModel::write,    &FileWithModel::write,   &FileWithModel::peek,
+        &FileWithModel::peek,     &FileWithModel::seek,    &FileWithModel::seek,
+        &FileWithModel::seek,     &FileWithModel::reserve, &FileWithModel::flush,
+        &FileWithModel::truncate, &FileWithModel::reopen};
+    (this->*operations[random_() % operations.size()])();
+  }
+
+  void reopen() {
+    file_.reset();
+    ASSERT_TRUE(TemporaryDirectory::read(path_) == content_);
+    file_ = opened(path_, npFioOnlyWriter);
+    position_ = 0;
+  }
+
+ private:
+  std::size_t someSize(std::size_t most) {
+    constexpr std::array<std::size_t, 8> sizes = {1, 50, 50, 1000, 1000, 5000, 40'000, 400'000};
+    return 1 + random_() % std::min(most, sizes[random_() % sizes.size()]);
+  }
+
+  void read() {
+    const std::size_t size = someSize(400'000);
+    const std::string expected =
+        position_ < content_.size() ? content_.substr(position_, size) : std::string();
+    ASSERT_TRUE(readText(file_.get(), size) == expected);
+    position_ += expected.size();
+  }
+
+  void peek() {
+    const std::size_t size = someSize(65'536);
+    const unsigned char* const found = np_fio_peek(file_.get(), static_cast<int>(size));
+    ASSERT_EQ(found != nullptr, position_ + size <= content_.size());
+    if (found != nullptr) {
+      ASSERT_EQ(std::memcmp(found, content_.data() + position_, size), 0);
+      const std::size_t consumed = random_() % (size + 1);
+      np_fio_consume(file_.get(), static_cast<int>(consumed));
+      position_ += consumed;
+    }
+  }
+
+  void write() {
+    const std::string text = randomText(random_, someSize(400'000));
+    ASSERT_EQ(putText(file_.get(), text), static_cast<int>(text.size()));
+    writeToModel(text);
+  }
+
+  void reserve() {
+    std::string text = randomText(random_, someSize(65'536));
+    unsigned char* const room = np_fio_reserve(file_.get(), static_cast<int>(text.size()));
+    ASSERT_NE(room, nullptr);
+    std::copy(text.begin(), text.end(), room);
+    text.resize(random_() % (text.size() + 1));
+    np_fio_commit(file_.get(), static_cast<int>(text.size()));
+    writeToModel(text);
+  }
+
+  void writeToModel(const std::string& text) {
+    if (!text.empty()) {
+      content_.resize(std::max(content_.size(), position_ + text.size()));
+      content_.replace(position_, text.size(), text);
+      position_ += text.size();
+    }
+  }
+
+  void seek() {
+    const int whence = static_cast<int>(random_() % 3);
+    const std::size_t base = std::array{std::size_t{0}, position_, content_.size()}[whence];
+    auto offset = static_cast<std::int64_t>(someSize(400'000));
+    offset = random_() % 2 == 0 || whence == npFioFromStart ? offset : -offset;
+    const std::int64_t target = static_cast<std::int64_t>(base) + offset;
+    ASSERT_EQ(np_fio_seek64(file_.get(), offset, whence), target < 0 ? -1 : target);
+    position_ = target < 0 ? position_ : static_cast<std::size_t>(target);
+  }
+
+  void flush() { ASSERT_EQ(np_fio_bufmode(file_.get(), 0), npFioSuccess); }
+
+  void truncate() {
+    ASSERT_EQ(np_fio_trunc(file_.get()), npFioSuccess);
+    content_.resize(position_);
+  }
+
+  std::string path_;
+  std::mt19937 random_;
+  File file_;
+  std::string content_;
+  std::size_t position_ = 0;
+};
+
+TEST(FileBuffer, BehavesLikeBytesInMemory) {
+  const TemporaryDirectory directory;
+  for (const unsigned seed : {1U, 2U, 3U, 4U}) {
+    SCOPED_TRACE(seed);
+    FileWithModel file(directory.file("model"), seed);
+    for (int step = 0; step < 2000 && !testing::Test::HasFatalFailure(); ++step) {
+      SCOPED_TRACE(step);
+      file.doSomething();
+    }
+    file.reopen();
+  }
+}
+
+/// What the system counts for this process; `name` is "syscr" for read calls, "rchar" for bytes.
+std::int64_t counted(const std::string& name) {
+  std::ifstream stream("/proc/self/io");
+  std::string key;
+  std::int64_t value = -1;
+  while (stream >> key >> value && key != name + ":") {
+  }
+  return value;
+}
+
+/// By how much the counter grows in `action`.
+std::int64_t countedIn(const std::string& name, const std::function<void()>& action) {
+  const std::int64_t before = counted(name);
+  const std::int64_t counting = counted(name) - before;
+  action();
+  return counted(name) - before - 2 * counting;
+}
+
+class Refills : public testing::Test {
+ protected:
+  static constexpr std::int64_t fileSize = std::int64_t{8} * 1024 * 1024;
+  static constexpr std::int64_t rowSize = 128;
+
+  void SetUp() override {
+    if (counted("syscr") < 0) {
+      GTEST_SKIP() << "the system does not count reads";
+    }
+    std::mt19937 random(1);
+    content_ = randomText(random, fileSize);
+    file_ = opened(directory_.write("rows", content_), npFioRead);
+  }
+
+  void readRow(std::int64_t row) {
+    ASSERT_EQ(np_fio_seek64(file_.get(), row * rowSize, npFioFromStart), row * rowSize);
+    ASSERT_EQ(readText(file_.get(), rowSize),
+              content_.substr(static_cast<std::size_t>(row * rowSize), rowSize));
+  }
+
+  TemporaryDirectory directory_;
+  std::string content_;
+  File file_;
+};
+
+TEST_F(Refills, AreFewWhenRowsAreReadBackwards) {
+  const std::int64_t calls = countedIn("syscr", [&] {
+    for (std::int64_t row = fileSize / rowSize; row-- > 0;) {
+      readRow(row);
+    }
+  });
+  EXPECT_LT(calls, fileSize / 131'072);
+}
+
+TEST_F(Refills, AreSmallWhenRowsAreReadAtRandom) {
+  constexpr std::int64_t rows = 200;
+  const std::int64_t bytes = countedIn("rchar", [&] {
+    std::mt19937 random(1);
+    for (int count = 0; count < rows; ++count) {
+      readRow(static_cast<std::int64_t>(random()) % (fileSize / rowSize));
+    }
+  });
+  EXPECT_LT(bytes, rows * 16 * 1024);
+}
+
+TEST_F(Refills, AreNotNeededForALookAtTheEndAndBack) {
+  readRow(0);
+  const std::int64_t calls = countedIn("syscr", [&] {
+    EXPECT_EQ(np_fio_seek64(file_.get(), 0, npFioFromEnd), fileSize);
+    readRow(1);
+  });
+  EXPECT_EQ(calls, 0);
+}
+
+TEST_F(Refills, TakeASmallFileAtOnce) {
+  const File small = opened(directory_.write("small", "0123456789"), npFioRead);
+  EXPECT_EQ(countedIn("syscr", [&] { EXPECT_EQ(readText(small.get(), 10), "0123456789"); }), 1);
+}
+
+TEST_F(Refills, ShowTheLargestPeekWhileGoingBackwards) {
+  constexpr int size = 64 * 1024;
+  for (std::int64_t offset = fileSize - size; offset >= 0; offset -= 50'001) {
+    ASSERT_EQ(np_fio_seek64(file_.get(), offset, npFioFromStart), offset);
+    const unsigned char* const found = np_fio_peek(file_.get(), size);
+    ASSERT_NE(found, nullptr);
+    ASSERT_EQ(std::memcmp(found, content_.data() + offset, size), 0);
+  }
+}
+
+/// While it lives no file of this process grows beyond `bytes`. The signal that the system sends
+/// for an attempt keeps its deadly default: the file layer must not provoke it.
+class SizeLimit {
+ public:
+  explicit SizeLimit(rlim_t bytes) {
+    getrlimit(RLIMIT_FSIZE, &former_);
+    const rlimit limit = {bytes, former_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  SizeLimit(const SizeLimit&) = delete;
+  SizeLimit& operator=(const SizeLimit&) = delete;
+  ~SizeLimit() { setrlimit(RLIMIT_FSIZE, &former_); }
+
+ private:
+  rlimit former_{};
+};
+
+TEST(FullDisk, KeepsWhatItRefusesUntilThereIsRoom) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.write("full", "");
+  std::mt19937 random(1);
+  const std::string text = randomText(random, 3000);
+  File file = opened(path, npFioReadWrite);
+  {
+    const SizeLimit limit(1000);
+    EXPECT_EQ(putText(file.get(), text), 3000);
+    EXPECT_EQ(np_fio_bufmode(file.get(), 0), npFioDiskFull);
+    EXPECT_EQ(TemporaryDirectory::read(path), text.substr(0, 1000));
+    EXPECT_EQ(putText(file.get(), "x"), 0);
+    EXPECT_EQ(np_fio_reserve(file.get(), 1), nullptr);
+    EXPECT_EQ(readText(file.get(), 1), "");
+    EXPECT_EQ(np_fio_seek64(file.get(), 0, npFioFromStart), -1);
+    EXPECT_EQ(np_fio_seek64(file.get(), 0, npFioFromHere), -1);
+    EXPECT_EQ(np_fio_trunc(file.get()), npFioDiskFull);
+    EXPECT_EQ(np_fio_status(file.get()), npFioDiskFull);
+  }
+  EXPECT_EQ(putText(file.get(), "end"), 3);
+  EXPECT_EQ(np_fio_status(file.get()), npFioSuccess);
+  EXPECT_EQ(np_fio_close(file.release()), npFioSuccess);
+  EXPECT_EQ(TemporaryDirectory::read(path), text + "end");
+}
+
+TEST(FullDisk, IsToldByLargeWritesTruncationsAndTheClose) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.write("full", "");
+  const std::string large(500'000, 'x');
+  File file = opened(path, npFioReadWrite);
+  const SizeLimit limit(400'000);
+  EXPECT_EQ(putText(file.get(), large), 400'000);
+  EXPECT_EQ(np_fio_status(file.get()), npFioDiskFull);
+  EXPECT_EQ(np_fio_seek64(file.get(), 0, npFioFromHere), 400'000);
+  EXPECT_EQ(np_fio_seek64(file.get(), 400'001, npFioFromStart), 400'001);
+  EXPECT_EQ(np_fio_trunc(file.get()), npFioDiskFull);
+  EXPECT_EQ(putText(file.get(), "y"), 1);
+  EXPECT_EQ(np_fio_close(file.release()), npFioDiskFull);
+}
+
+/// Runs `action` in a process of its own and returns the status that it gives.
+int inChild(const std::function<int()>& action) {
+  const pid_t child = fork();
+  if (child == 0) {
+    _exit(action());
+  }
+  int result = -1;
+  waitpid(child, &result, 0);
+  return WEXITSTATUS(result);
+}
+
+TEST(OnlyWriter, ExcludesOtherOnlyWritersInAllProcesses) {
+  const TemporaryDirectory directory;
+  std::array<char, npFioPathSize> path;
+  np_fio_handle made = nullptr;
+  ASSERT_EQ(np_fio_tmpfile(directory.path().c_str(), "t_", path.data(), npFioPathSize, &made), 0);
+  const std::string name = path.data();
+  EXPECT_EQ(openStatus(name, npFioOnlyWriter), npFioInUse);
+  EXPECT_EQ(inChild([&] { return openStatus(name, npFioOnlyWriter); }), npFioInUse);
+  EXPECT_EQ(openStatus(name, npFioReadWrite), npFioSuccess);
+  EXPECT_EQ(openStatus(name, npFioRead), npFioSuccess);
+  np_fio_close(made);
+  const int leftOpen = inChild([&] { return np_fio_open(name.c_str(), npFioOnlyWriter, &made); });
+  EXPECT_EQ(leftOpen, npFioSuccess);
+  EXPECT_EQ(openStatus(name, npFioOnlyWriter), npFioSuccess);
+}
+
+TEST(OpenFile, TakesRegularFilesOnly) {
+  const TemporaryDirectory directory;
+  const std::string file = directory.write("file", "x");
+  ASSERT_EQ(symlink(file.c_str(), directory.file("link").c_str()), 0);
+  ASSERT_EQ(mkfifo(directory.file("pipe").c_str(), 0600), 0);
+  for (const int mode : {npFioRead, npFioReadWrite, npFioOnlyWriter}) {
+    EXPECT_EQ(openStatus(directory.path(), mode), npFioNotRegular);
+    EXPECT_EQ(openStatus(directory.file("link"), mode), npFioNotRegular);
+    EXPECT_EQ(openStatus(directory.file("pipe"), mode), npFioNotRegular);
+    EXPECT_EQ(openStatus("/dev/null", mode), npFioNotRegular);
+    EXPECT_EQ(openStatus(directory.file("none"), mode), npFioNotFound);
+    EXPECT_EQ(openStatus(file + "/below", mode), npFioNotFound);
+    EXPECT_EQ(openStatus(directory.file(std::string(256, 'n')), mode), npFioPathTooLong);
+  }
+  EXPECT_EQ(openStatus(file, 0), npFioBadArgument);
+  EXPECT_EQ(openStatus(file, 4), npFioBadArgument);
+}
+
+TEST(OpenFile, RefusesWritesWhenOpenedForReadingAndAllWithoutAHandle) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.write("file", "text");
+  for (const bool isNull : {false, true}) {
+    const File file = isNull ? nullptr : opened(path, npFioRead);
+    EXPECT_EQ(putText(file.get(), "x"), 0);
+    EXPECT_EQ(np_fio_reserve(file.get(), 1), nullptr);
+    EXPECT_EQ(np_fio_trunc(file.get()), npFioBadArgument);
+    EXPECT_EQ(np_fio_status(file.get()), npFioBadArgument);
+    EXPECT_EQ(readText(file.get(), 9), isNull ? "" : "text");
+    EXPECT_EQ(np_fio_seek64(file.get(), INT64_MAX, npFioFromHere), -1);
+    EXPECT_EQ(np_fio_seek64(file.get(), INT64_MIN, npFioFromEnd), -1);
+    EXPECT_EQ(np_fio_seek64(file.get(), 0, 3), -1);
+    EXPECT_EQ(np_fio_seek64(file.get(), 0, npFioFromHere), isNull ? -1 : 4);
+  }
+}
+
+TEST(TemporaryFile, BelongsToTheUserAloneUnderARandomName) {
+  const TemporaryDirectory directory;
+  std::array<char, npFioPathSize> path;
+  np_fio_handle file = nullptr;
+  ASSERT_EQ(np_fio_tmpfile(directory.path().c_str(), "zv_", path.data(), npFioPathSize, &file), 0);
+  np_fio_stat info;
+  EXPECT_EQ(putText(file, "abc"), 3);
+  EXPECT_EQ(np_fio_close(file), npFioSuccess);
+  ASSERT_EQ(np_fio_stat64(path.data(), &info), npFioSuccess);
+  EXPECT_TRUE(info.isRegular && info.size == 3 && info.modifiedTime > 0);
+  struct stat found;
+  ASSERT_EQ(stat(path.data(), &found), 0);
+  EXPECT_EQ(found.st_mode & 0777U, 0600U);
+  const std::string name = directory.names().at(0);
+  EXPECT_EQ(path.data(), directory.file(name));
+  EXPECT_TRUE(name.size() == 19 && name.substr(0, 3) == "zv_") << name;
+  EXPECT_EQ(name.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789", 3), std::string::npos);
+  EXPECT_EQ(np_fio_unlink(path.data()), npFioSuccess);
+  EXPECT_EQ(np_fio_stat64(path.data(), &info), npFioNotFound);
+  EXPECT_EQ(np_fio_unlink(path.data()), npFioNotFound);
+}
+
+TEST(TemporaryFile, IsNotMadeWhenItCannotBeNamed) {
+  const TemporaryDirectory directory;
+  const std::string parent = directory.path();
+  std::array<char, npFioPathSize> path;
+  np_fio_handle file = nullptr;
+  const auto make = [&](const std::string& where, const std::string& prefix, std::size_t size) {
+    return np_fio_tmpfile(where.c_str(), prefix.c_str(), path.data(), static_cast<int>(size),
+                          &file);
+  };
+  const std::size_t needed = parent.size() + 1 + 2 + 16 + 1;
+  EXPECT_EQ(make(parent, "t_", needed - 1), npFioPathTooLong);
+  EXPECT_EQ(make(parent, "../", path.size()), npFioNotPlainName);
+  EXPECT_EQ(make(parent, std::string(300, 'p'), path.size()), npFioPathTooLong);
+  EXPECT_EQ(make(parent + "/none", "t_", path.size()), npFioNotFound);
+  EXPECT_EQ(file, nullptr);
+  EXPECT_TRUE(directory.names().empty());
+  EXPECT_EQ(make(parent, "t_", needed), npFioSuccess);
+  np_fio_close(file);
+}
+
+TEST(Paths, SplitAndJoin) {
+  struct Case {
+    const char* path;
+    const char* directory;
+    const char* name;
+  };
+  std::array<char, 12> directory;
+  std::array<char, 12> name;
+  for (const Case& split : {Case{"/tmp/x", "/tmp", "x"}, Case{"/x", "/", "x"}, Case{"x", "", "x"},
+                            Case{"a//b", "a", "b"}, Case{"a/", "a", ""}, Case{"//", "/", ""}}) {
+    ASSERT_EQ(np_fio_pparse(split.path, directory.data(), 12, name.data(), 12), npFioSuccess);
+    EXPECT_STREQ(directory.data(), split.directory);
+    EXPECT_STREQ(name.data(), split.name);
+  }
+  EXPECT_EQ(np_fio_pparse("dir/name", directory.data(), 3, name.data(), 12), npFioPathTooLong);
+  EXPECT_EQ(np_fio_pparse("dir/name", directory.data(), 12, name.data(), 4), npFioPathTooLong);
+  for (const Case& joined :
+       {Case{"/tmp/x", "/tmp", "x"}, Case{"/tmp/x", "/tmp/", "x"}, Case{"/x", "/", "x"},
+        Case{"x", "", "x"}, Case{"d/1234567 9", "d", "1234567 9"}}) {
+    EXPECT_EQ(np_fio_pcat(joined.directory, joined.name, name.data(), 12), npFioSuccess);
+    EXPECT_STREQ(name.data(), joined.path);
+  }
+  EXPECT_EQ(np_fio_pcat("d", "1234567890", name.data(), 12), npFioPathTooLong);
+  EXPECT_EQ(np_fio_pcat(nullptr, "x", name.data(), 12), npFioBadArgument);
+}
+
+TEST(Paths, NeverLeadOutOfTheirDirectory) {
+  std::array<char, npFioPathSize> path;
+  const auto status = [&](const char* name) {
+    return np_fio_pcat("d", name, path.data(), npFioPathSize);
+  };
+  for (const char* name : {"", ".", "..", "a/b", "/", "a\\b", "c:x", "a.", "a ", "a\nb", "nul",
+                           "Con.txt", "aux .x", "LPT9", "com1.", "com\xC2\xB2", "CONOUT$"}) {
+    EXPECT_EQ(status(name), npFioNotPlainName) << name;
+  }
+  for (const char* name :
+       {"...a", ".x", "com", "com0", "com10", "console", "lpt1x", "\xC3\xA4 b"}) {
+    EXPECT_EQ(status(name), npFioSuccess) << name;
+  }
+}
+
+TEST(Paths, TakeTheTemporaryDirectoryFromTheEnvironment) {
+  std::array<char, npFioPathSize> path;
+  const EnvironmentVariable variable("TMPDIR", "/some/where");
+  EXPECT_EQ(np_fio_tmpdir(path.data(), 12), npFioSuccess);
+  EXPECT_STREQ(path.data(), "/some/where");
+  EXPECT_EQ(np_fio_tmpdir(path.data(), 11), npFioPathTooLong);
+  variable.set("");
+  EXPECT_EQ(np_fio_tmpdir(path.data(), npFioPathSize), npFioSuccess);
+  EXPECT_STREQ(path.data(), "/tmp");
+}
+
+}  // namespace
