@@ -1,0 +1,97 @@
+/// A work table: typed rows that wait on disk.
+///
+/// A manager makes every table object (see ZvWorkTableManager.h). A table that was just created is
+/// being written: define its columns, write its rows, close it. A table that was opened is being
+/// read: read its rows until the end-of-table flag is set.
+///
+/// Errors: an operation that fails returns false (or null, or an empty text) and leaves its reason
+/// in getErrorMessage(). A success leaves an earlier message as it is. Nothing throws. Ownership:
+/// the caller frees the object with release(), before it releases the manager. Thread rule: one
+/// thread at a time uses an object; different objects may be used at once.
+#pragma once
+
+#include <cstdint>
+
+#include "base/ZvbDatavar.h"
+#include "base/ZvbString.h"
+#include "base/zvb_export.h"
+#include "base/zvb_type.h"
+#include "datafile/ZvDatafileSort.h"
+
+class ZvbStringCursor;
+
+/// A part of a table's rows.
+struct RowRange {
+  std::int64_t firstRow = 0;   ///< counted from 0
+  std::int64_t rowCount = -1;  ///< -1: to the end of the table
+};
+
+/// The first three operations describe a sort, see ZvDatafileSort; they have an effect only on a
+/// table created with sort keys, and only before its first row.
+class ZVB_API ZvWorkTableFile : public ZvDatafileSort {
+ public:
+  /// Ends writing or reading. For a table being written this flushes the rows and writes the
+  /// catalogue: only then can the table be opened.
+  /// A failed close of a table being written removes the table's files. A table that is closed can
+  /// still be asked for its name, columns and row count.
+  [[nodiscard]] virtual bool close() = 0;
+
+  /// Names and types column `index` (from 0) of a table being written, before its first row.
+  /// `width` is the most bytes of a text that are stored, cut at a character; 0 means no limit. A
+  /// column may be defined again; two columns cannot have one name (case does not count). Fails:
+  /// 1420 no such column; 1666 the name is another column's.
+  [[nodiscard]] virtual bool defineColumn(int index, ZvbString name, zvbType type, int width) = 0;
+
+  /// Describes column `index`, from 0, of the caller's row. `maxLength` is the size in bytes of the
+  /// longest text written so far, its terminator included. Fails: 1420 no such column.
+  [[nodiscard]] virtual bool getColumnDefinition(int index, ZvbString* name, zvbType* type,
+                                                 int* width, int* maxLength) = 0;
+
+  /// The number of columns of the caller's row.
+  [[nodiscard]] virtual int getColumnCount() = 0;
+
+  /// The reason of the last failure; empty when nothing has failed.
+  [[nodiscard]] virtual ZvbString getErrorMessage() = 0;
+
+  /// The table's name: the name of its catalogue file without the directory. Other openings, of
+  /// this manager or of one with the same directories, use it.
+  [[nodiscard]] virtual ZvbString getName() = 0;
+
+  /// All rows of the table, whatever range is being read.
+  [[nodiscard]] virtual std::int64_t getRowCount() = 0;
+
+  /// Reads the next row into the variants that `values` points to, one per column. True when a row
+  /// came; false at the end (*endOfTable is then set) or on failure (*endOfTable is clear).
+  /// `endOfTable` is required. Variants are assigned to, not replaced: giving the same ones for
+  /// every row allocates nothing. After a failure the table stays open. Fails: 1793 the table is
+  /// not open for reading; 1301 the files are damaged or shorter than the catalogue says; 1353 an
+  /// element file cannot be opened.
+  [[nodiscard]] virtual bool readRow(ZvbDatavar* const* values, bool* endOfTable) = 0;
+  /// The same with the variants one after another.
+  [[nodiscard]] virtual bool readRow(ZvbDatavar* values, bool* endOfTable) = 0;
+
+  /// Renders up to `maxRows` rows as an XML bean-definition document.
+  [[nodiscard]] virtual bool asXml(int firstRow, int maxRows, ZvbString* out, bool* endOfTable) = 0;
+
+  /// Closes and frees the object. A table created by this object that has seen any failure is
+  /// removed from disk; every other table stays until it is deleted.
+  virtual void release() = 0;
+
+  /// Statistics of the table as a cursor that the caller owns, or null.
+  [[nodiscard]] virtual ZvbStringCursor* getStatistics() = 0;
+
+  /// The URI that opens this table again with the same columns and range; empty on failure.
+  [[nodiscard]] virtual ZvbString getURI(bool allColumns) = 0;
+
+  /// Adds a row to a table being written: one value per column, in column order. A value is
+  /// converted to its column's type; one that cannot be converted is stored as a null. After a
+  /// failure the row is not in the table, and further rows may be written. Fails: 1768 the table is
+  /// not open for writing; 1044 the disk refused the bytes; 29 memory is short; 1417 no directory
+  /// takes a new element.
+  [[nodiscard]] virtual bool writeRow(const ZvbDatavar* const* values) = 0;
+  /// The same with the variants one after another.
+  [[nodiscard]] virtual bool writeRow(const ZvbDatavar* values) = 0;
+
+  /// As release().
+  virtual ~ZvWorkTableFile() = default;
+};

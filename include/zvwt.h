@@ -1,0 +1,41 @@
+/// Work tables: typed rows on disk for a while. This is the header to include.
+///
+///   ZvbString error;
+///   ZvWorkTableManager* manager = zvwtCreateManager("reports", "", &error);
+///   ZvWorkTableFile* table = manager->createTable(2, 0, &error);
+///
+/// See ZvWorkTableManager.h for what a manager does and ZvWorkTableFile.h for what a table does.
+#pragma once
+
+#include "ZvWorkTableFile.h"
+#include "ZvWorkTableManager.h"
+#include "base/ZvbString.h"
+#include "base/zvb_export.h"
+
+/// Makes a manager.
+///
+/// `directoryList` names the directories for its tables, separated by np_dir_listsep (':', on
+/// Windows
+/// ';'). Given empty, the configuration option "BASE/TEMP" is used, else the system's temporary
+/// directory. An empty entry in the list is the current directory.
+/// `*error` must be empty. Returns null with the reason in *error, or with *error still empty when
+/// the manager itself could not be allocated. The caller frees the manager with release().
+/// May be called from any thread.
+extern "C" ZVB_API ZvWorkTableManager* zvwtCreateManager(const ZvbString& name,
+                                                         const ZvbString& directoryList,
+                                                         ZvbString* error);
+
+/// What a table takes on disk.
+struct ZvwtTableSizes {
+  int elementCount = 0;
+  std::int64_t rowCount = 0;
+  std::int64_t maxElementSize = 0;  ///< bytes of element data; 0 or less is no limit
+  std::int64_t catalogueBytes = 0;
+  std::int64_t dataBytes = 0;   ///< of all elements
+  std::int64_t indexBytes = 0;  ///< of all elements
+};
+
+/// Finds out what a closed table takes on disk. False with the reason in *error: as for openTable.
+/// May be called from any thread.
+extern "C" ZVB_API bool zvwtGetTableSizes(ZvWorkTableManager* manager, const ZvbString& tableName,
+                                          ZvwtTableSizes* sizes, ZvbString* error);
