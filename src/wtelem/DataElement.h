@@ -1,0 +1,116 @@
+/// One run of a table's rows: a data file with the encoded rows back to back, and an index file
+/// with the 8-byte offset of each row. See docs/file-format.md for both and for the definition
+/// record.
+///
+/// The table drives it: createFiles, then writeRow; or readDefinition, then open, seekRow and
+/// readRow or, to append, open and writeRow. Every failure leaves its text in getErrorMessage().
+/// Thread rule: used by the thread that uses the table.
+#pragma once
+
+#include <cstdint>
+
+#include "base/ZvbDatavar.h"
+#include "base/ZvbString.h"
+#include "fio/np_fio.h"
+#include "wtelem/TableState.h"
+#include "wtelem/ValueCodec.h"
+
+class DataElement {
+ public:
+  explicit DataElement(TableState& table) noexcept;
+  DataElement(const DataElement&) = delete;
+  DataElement& operator=(const DataElement&) = delete;
+  /// Closes; the files stay.
+  ~DataElement();
+
+  /// Makes both files, from the given directory on, and leaves them open for writing.
+  [[nodiscard]] bool createFiles(int startDirectory) noexcept;
+  /// Finds and opens both files: for reading at the first row, or for writing behind the last one,
+  /// where bytes that no counted row owns (of a writer that was killed) are cut off first.
+  [[nodiscard]] bool open(bool readOnly) noexcept;
+  [[nodiscard]] bool close() noexcept;
+  /// Closes without bringing anything to the files: what a failed opening leaves behind.
+  void abandon() noexcept;
+  /// Deletes both files, finding them first if need be.
+  [[nodiscard]] bool remove() noexcept;
+
+  [[nodiscard]] bool writeDefinition(np_fio_handle catalogue) noexcept;
+  [[nodiscard]] bool readDefinition(np_fio_handle catalogue) noexcept;
+
+  /// Appends a row, one value per column. *elementFull tells that the table's maximum size is
+  /// passed.
+  [[nodiscard]] bool writeRow(const ZvbDatavar* const* values, bool* elementFull) noexcept;
+  /// Reads the next row. `valueCount` is the number of values that the columns' targets want, the
+  /// same for every row of a pass. False with *endOfData set behind the last row.
+  [[nodiscard]] bool readRow(ZvbDatavar* const* targets, int valueCount, bool* endOfData) noexcept;
+  /// Makes `row` the next one to read; -1 is the end.
+  [[nodiscard]] bool seekRow(std::int64_t row) noexcept;
+
+  /// The sizes of the two files in bytes, 0 for an index that there is not.
+  [[nodiscard]] bool measure(std::int64_t* dataBytes, std::int64_t* indexBytes) noexcept;
+
+  [[nodiscard]] const ZvbString& getErrorMessage() const noexcept { return errorMessage_; }
+  [[nodiscard]] std::int64_t rowCount() const noexcept { return rowCount_; }
+  [[nodiscard]] std::int64_t dataSize() const noexcept { return dataSize_; }
+
+ private:
+  /// One of the element's two files.
+  struct File {
+    const char* prefix;        // of the names of new files
+    const char* creatingName;  // what messages call it
+    const char* findingName;
+    ZvbString name;  // without directory; empty: there is no such file
+    ZvbString path;  // empty until the file was made or found
+    np_fio_handle handle = nullptr;
+  };
+
+  bool fail(ZvbString text) noexcept;
+  bool failAfter(valueCodec::Result result, ZvbString fileFailure) noexcept;
+
+  bool createFile(File* file, int startDirectory) noexcept;
+  void discardNewFile(File* file) noexcept;
+  bool openFileOf(File* file, int mode) noexcept;
+  bool flushAndClose(File* file, bool reportFailure) noexcept;
+  void resetPosition() noexcept;
+  bool sizeOf(const File& file, std::int64_t* size) noexcept;
+  bool unlinkFile(File* file, bool reportFailure) noexcept;
+  bool readName(np_fio_handle catalogue, char* buffer, std::uint16_t length, const char* what,
+                ZvbString* name) noexcept;
+
+  bool cutToRows() noexcept;
+  bool findEndOfRows(std::int64_t dataFileSize, std::int64_t indexFileSize,
+                     std::int64_t* end) noexcept;
+  bool cutFile(np_fio_handle file, std::int64_t size) noexcept;
+  valueCodec::Result encodeRow(const ZvbDatavar* const* values, std::int64_t* size) noexcept;
+
+  bool seekToEnd() noexcept;
+  bool readIndexEntry(std::int64_t* offset) noexcept;
+  bool enterFirstRow() noexcept;
+  valueCodec::Result decodeRow(ZvbDatavar* const* targets, int valueCount,
+                               int* columnsRead) noexcept;
+  bool placeForwards(bool wholeRowRead) noexcept;
+  bool placeBackwards() noexcept;
+  bool passRest(int columnsRead) noexcept;
+
+  TableState& table_;
+  ZvbString errorMessage_;
+  File index_{.prefix = "zvwtei_",
+              .creatingName = "data element index",
+              .findingName = "element index",
+              .name = {},
+              .path = {}};
+  File data_{.prefix = "zvwte_",
+             .creatingName = "data element",
+             .findingName = "element data",
+             .name = {},
+             .path = {}};
+  std::int64_t rowCount_ = 0;
+  int directory_ = 0;  // where the files were last made or found
+
+  std::int64_t currentRow_ = 0;  // the next row to read, in the direction of reading
+  std::int64_t readOffset_ = 0;  // of the data file while reading
+  std::int64_t dataSize_ = 0;    // where the next row written begins
+  bool fresh_ = true;            // the first entry of the index has yet to be stepped over
+  bool positioned_ = false;      // placed at a row by its number
+  bool torn_ = false;            // part of a failed row lies behind the last good one
+};

@@ -1,0 +1,20 @@
+/// What a data element needs to know of its table. The table owns it and outlives its elements.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "wtelem/ColumnDefinition.h"
+#include "wtelem/StringReadBuffer.h"
+#include "wtelem/TempDirectories.h"
+
+struct TableState {
+  const TempDirectories& directories;
+  std::int32_t columnCount = 0;
+  std::unique_ptr<ColumnDefinition[]> columns;
+  std::int64_t maxElementSize = 0;  ///< bytes of element data; 0 or less is no limit
+  bool openedForReading = false;
+  bool readsBackwards = false;
+  bool otherByteOrder = false;  ///< the files were written on a machine of the other byte order
+  StringReadBuffer stringBuffer;
+};
