@@ -1,0 +1,298 @@
+/// The catalogue file's bytes. docs/file-format.md has the tables that this follows.
+
+#include <cstring>
+#include <new>
+#include <utility>
+
+#include "wtelem/ByteOrder.h"
+#include "wtelem/messages.h"
+#include "wtfile/ZVWTFileImpl.h"
+
+namespace {
+
+constexpr std::uint16_t byteOrderMark = 1;
+constexpr std::int16_t writtenVersion = 100;  // hundredths: 1.0
+constexpr int highestMajorVersion = 1;
+constexpr int highestMinorVersion = 0;
+constexpr int fixedHeaderSize = 32;  // bytes
+constexpr int columnHeadSize = 16;   // bytes, of a column definition
+constexpr int elementHeadSize = 16;  // bytes, of an element definition
+constexpr unsigned storageCodeMask = 0xFF;
+
+struct FixedHeader {
+  std::uint16_t mark;
+  std::int16_t version;
+  std::uint16_t length;
+  std::uint16_t accessKeyLength;
+  std::uint32_t columnCount;
+  std::uint32_t elementCount;
+  std::int64_t maxElementSize;
+  std::int64_t rowCount;
+};
+
+struct ColumnHead {
+  std::uint16_t length;
+  std::uint16_t storageCode;
+  std::uint32_t nameLength;
+  std::int32_t width;
+  std::int32_t maxLength;
+};
+
+void storeFixedHeader(unsigned char* bytes, const FixedHeader& header) noexcept {
+  storeField(bytes, header.mark);
+  storeField(bytes + 2, header.version);
+  storeField(bytes + 4, header.length);
+  storeField(bytes + 6, header.accessKeyLength);
+  storeField(bytes + 8, header.columnCount);
+  storeField(bytes + 12, header.elementCount);
+  storeField(bytes + 16, header.maxElementSize);
+  storeField(bytes + 24, header.rowCount);
+}
+
+FixedHeader loadFixedHeader(const unsigned char* bytes, bool swap) noexcept {
+  return {.mark = loadField<std::uint16_t>(bytes, swap),
+          .version = loadField<std::int16_t>(bytes + 2, swap),
+          .length = loadField<std::uint16_t>(bytes + 4, swap),
+          .accessKeyLength = loadField<std::uint16_t>(bytes + 6, swap),
+          .columnCount = loadField<std::uint32_t>(bytes + 8, swap),
+          .elementCount = loadField<std::uint32_t>(bytes + 12, swap),
+          .maxElementSize = loadField<std::int64_t>(bytes + 16, swap),
+          .rowCount = loadField<std::int64_t>(bytes + 24, swap)};
+}
+
+void storeColumnHead(unsigned char* bytes, const ColumnHead& head) noexcept {
+  storeField(bytes, head.length);
+  storeField(bytes + 2, head.storageCode);
+  storeField(bytes + 4, head.nameLength);
+  storeField(bytes + 8, head.width);
+  storeField(bytes + 12, head.maxLength);
+}
+
+ColumnHead loadColumnHead(const unsigned char* bytes, bool swap) noexcept {
+  return {.length = loadField<std::uint16_t>(bytes, swap),
+          .storageCode = loadField<std::uint16_t>(bytes + 2, swap),
+          .nameLength = loadField<std::uint32_t>(bytes + 4, swap),
+          .width = loadField<std::int32_t>(bytes + 8, swap),
+          .maxLength = loadField<std::int32_t>(bytes + 12, swap)};
+}
+
+bool putAll(np_fio_handle file, const void* bytes, unsigned count) noexcept {
+  return np_fio_putb(file, bytes, static_cast<int>(count)) == static_cast<int>(count);
+}
+
+/// Reads `length` bytes of stored text; the terminator is set here, whatever the file holds. Null
+/// when memory is short; *complete tells whether the file had all of the bytes.
+std::unique_ptr<char[]> readText(np_fio_handle file, std::uint32_t length,
+                                 bool* complete) noexcept {
+  std::unique_ptr<char[]> text(new (std::nothrow) char[std::size_t{length} + 1]);
+  if (text != nullptr) {
+    const int wanted = static_cast<int>(length);
+    *complete = wanted == 0 || np_fio_getb(file, text.get(), wanted) == wanted;
+    text[length] = '\0';
+  }
+  return text;
+}
+
+}  // namespace
+
+// ---- Writing
+
+bool ZVWTFileImpl::writeHeader() noexcept {
+  if (state_.openedForReading) {
+    return true;
+  }
+  if (np_fio_seek64(header_, 0, npFioFromStart) != 0) {
+    return fail(WT_MESSAGE(seekFailed, "(work table header)"));
+  }
+  if (!writeFixedHeader()) {
+    return fail(WT_MESSAGE(shortWrite));
+  }
+  for (int i = 0; i < state_.columnCount; ++i) {
+    if (!writeColumnDefinition(state_.columns[static_cast<std::size_t>(i)])) {
+      return fail(WT_MESSAGE(shortWrite));
+    }
+  }
+  for (int i = 0; i < elementCount_; ++i) {
+    DataElement& element = *elements_[static_cast<std::size_t>(i)];
+    if (!element.writeDefinition(header_)) {
+      return failAs(element);
+    }
+  }
+  return finishHeader();
+}
+
+bool ZVWTFileImpl::writeFixedHeader() noexcept {
+  unsigned char bytes[fixedHeaderSize];
+  storeFixedHeader(bytes, {.mark = byteOrderMark,
+                           .version = writtenVersion,
+                           .length = fixedHeaderSize,
+                           .accessKeyLength = static_cast<std::uint16_t>(accessKey_.cStrSize()),
+                           .columnCount = static_cast<std::uint32_t>(state_.columnCount),
+                           .elementCount = static_cast<std::uint32_t>(elementCount_),
+                           .maxElementSize = state_.maxElementSize,
+                           .rowCount = rowCount_});
+  return putAll(header_, bytes, fixedHeaderSize) &&
+         putAll(header_, accessKey_.asCstr(), accessKey_.cStrSize());
+}
+
+bool ZVWTFileImpl::writeColumnDefinition(const ColumnDefinition& column) noexcept {
+  unsigned char bytes[columnHeadSize];
+  storeColumnHead(bytes, {.length = columnHeadSize,
+                          .storageCode = static_cast<std::uint16_t>(column.storageCode),
+                          .nameLength = column.name.cStrSize(),
+                          .width = column.width,
+                          .maxLength = column.maxLength});
+  return putAll(header_, bytes, columnHeadSize) &&
+         putAll(header_, column.name.asCstr(), column.name.cStrSize());
+}
+
+/// Brings the catalogue to the file and cuts off what is left of a longer one.
+bool ZVWTFileImpl::finishHeader() noexcept {
+  int status = np_fio_bufmode(header_, 0);
+  if (status == npFioSuccess) {
+    status = np_fio_trunc(header_);
+  }
+  return status == npFioSuccess || fail(WT_MESSAGE(flushFailed, np_fio_errdesc(status)));
+}
+
+// ---- Reading
+
+bool ZVWTFileImpl::readHeader() noexcept {
+  std::uint32_t columnCount = 0;
+  std::uint32_t elementCount = 0;
+  headerSize_ = np_fio_seek64(header_, 0, npFioFromEnd);
+  if (headerSize_ < 0 || np_fio_seek64(header_, 0, npFioFromStart) != 0) {
+    return fail(WT_MESSAGE(headerTooShort));
+  }
+  return readFixedHeader(&columnCount, &elementCount) && readColumnDefinitions(columnCount) &&
+         readElementDefinitions(elementCount);
+}
+
+bool ZVWTFileImpl::readFixedHeader(std::uint32_t* columnCount,
+                                   std::uint32_t* elementCount) noexcept {
+  unsigned char bytes[fixedHeaderSize];
+  if (np_fio_getb(header_, bytes, fixedHeaderSize) != fixedHeaderSize) {
+    return fail(WT_MESSAGE(headerTooShort));
+  }
+  state_.otherByteOrder = loadField<std::uint16_t>(bytes, false) != byteOrderMark;
+  const FixedHeader header = loadFixedHeader(bytes, state_.otherByteOrder);
+  const int major = header.version / 100;
+  const int minor = header.version % 100;
+  if (major > highestMajorVersion) {
+    return fail(WT_MESSAGE(versionTooHigh, major, minor, highestMajorVersion, highestMinorVersion));
+  }
+  if (!skipSurplus(header.length, fixedHeaderSize)) {
+    return fail(WT_MESSAGE(surplusNotSkipped));
+  }
+  if (!readAccessKey(header.accessKeyLength)) {
+    return false;
+  }
+  if (header.rowCount < 0) {
+    return fail(WT_MESSAGE(shortRead, "element definition"));
+  }
+  state_.maxElementSize = header.maxElementSize;
+  rowCount_ = header.rowCount;
+  version_ = header.version;
+  *columnCount = header.columnCount;
+  *elementCount = header.elementCount;
+  return true;
+}
+
+bool ZVWTFileImpl::readAccessKey(std::uint16_t length) noexcept {
+  bool complete = false;
+  const std::unique_ptr<char[]> text = readText(header_, length, &complete);
+  if (text == nullptr) {
+    return fail(WT_MESSAGE(outOfMemory, "(access key)"));
+  }
+  if (!complete) {
+    return fail(WT_MESSAGE(accessKeyTooShort));
+  }
+  accessKey_.assign(text.get());
+  return !accessKey_.memoryShort() || fail(WT_MESSAGE(outOfMemory, "(access key)"));
+}
+
+bool ZVWTFileImpl::skipSurplus(std::uint32_t length, int known) noexcept {
+  const std::int64_t surplus = std::int64_t{length} - known;
+  return surplus == 0 || np_fio_seek64(header_, surplus, npFioFromHere) >= 0;
+}
+
+/// How many bytes the catalogue has behind the current position: no count in it can stand for more.
+std::int64_t ZVWTFileImpl::remainingHeaderBytes() const noexcept {
+  return headerSize_ - np_fio_seek64(header_, 0, npFioFromHere);
+}
+
+bool ZVWTFileImpl::readColumnDefinitions(std::uint32_t count) noexcept {
+  if (count > remainingHeaderBytes() / columnHeadSize) {
+    return fail(WT_MESSAGE(shortRead, "column definition"));
+  }
+  if (!allocateColumns(count)) {
+    return false;
+  }
+  for (int i = 0; i < state_.columnCount; ++i) {
+    if (!readColumnDefinition(&state_.columns[static_cast<std::size_t>(i)])) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool ZVWTFileImpl::readColumnDefinition(ColumnDefinition* column) noexcept {
+  unsigned char bytes[columnHeadSize];
+  if (np_fio_getb(header_, bytes, columnHeadSize) != columnHeadSize) {
+    return fail(WT_MESSAGE(shortRead, "column definition"));
+  }
+  const ColumnHead head = loadColumnHead(bytes, state_.otherByteOrder);
+  if (!skipSurplus(head.length, columnHeadSize)) {
+    return fail(WT_MESSAGE(surplusNotSkipped));
+  }
+  if (head.nameLength > remainingHeaderBytes()) {
+    return fail(WT_MESSAGE(shortRead, "column name"));
+  }
+  bool complete = false;
+  const std::unique_ptr<char[]> name = readText(header_, head.nameLength, &complete);
+  if (name == nullptr) {
+    return fail(WT_MESSAGE(outOfMemory, "(column name)"));
+  }
+  if (!complete) {
+    return fail(WT_MESSAGE(shortRead, "column name"));
+  }
+  column->name.assign(name.get());
+  if (column->name.memoryShort()) {
+    return fail(WT_MESSAGE(outOfMemory, "(column name)"));
+  }
+  column->storageCode = static_cast<StorageCode>(head.storageCode & storageCodeMask);
+  column->type = typeOf(column->storageCode);
+  column->width = head.width;
+  column->maxLength = head.maxLength;
+  return true;
+}
+
+bool ZVWTFileImpl::readElementDefinitions(std::uint32_t count) noexcept {
+  elements_.reset();
+  elementCount_ = 0;
+  elementCapacity_ = 0;
+  if (count > remainingHeaderBytes() / elementHeadSize) {
+    return fail(WT_MESSAGE(shortRead, "element definition"));
+  }
+  elements_.reset(new (std::nothrow) std::unique_ptr<DataElement>[count]);
+  if (elements_ == nullptr) {
+    return fail(WT_MESSAGE(outOfMemory, "(data element definition array)"));
+  }
+  elementCapacity_ = static_cast<int>(count);
+  std::int64_t rowsLeft = rowCount_;
+  for (; elementCount_ < elementCapacity_; ++elementCount_) {
+    std::unique_ptr<DataElement> element(new (std::nothrow) DataElement(state_));
+    if (element == nullptr) {
+      return fail(WT_MESSAGE(outOfMemory, "(data element definition)"));
+    }
+    if (!element->readDefinition(header_)) {
+      return failAs(*element);
+    }
+    if (element->rowCount() > rowsLeft) {
+      return fail(WT_MESSAGE(shortRead, "element definition"));
+    }
+    rowsLeft -= element->rowCount();
+    elements_[static_cast<std::size_t>(elementCount_)] = std::move(element);
+  }
+  return rowsLeft == 0 || fail(WT_MESSAGE(shortRead, "element definition"));
+}

@@ -1,0 +1,231 @@
+/// Opening a table and placing it at its first row.
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <utility>
+
+#include "wtelem/DirectorySearch.h"
+#include "wtelem/messages.h"
+#include "wtfile/ZVWTFileImpl.h"
+
+bool ZVWTFileImpl::open(const ZvbString& name, bool forReading, const RowRange* range,
+                        bool backwards) noexcept {
+  startClean(forReading, backwards);
+  if (headerPath_.isEmpty()) {
+    name_ = name;
+  }
+  const bool opened = openHeaderFile(forReading ? npFioRead : npFioOnlyWriter) &&
+                      readCatalogue(forReading) && takeRange(range) &&
+                      (forReading ? startReading() : startAppending());
+  if (!opened) {
+    abandonOpening();
+  }
+  return opened;
+}
+
+/// Ends an earlier use of the object; nothing of it shows in the next one.
+void ZVWTFileImpl::startClean(bool forReading, bool backwards) noexcept {
+  (void)close();
+  state_.openedForReading = forReading;
+  state_.readsBackwards = backwards;
+  state_.otherByteOrder = false;
+  state_.stringBuffer.setLimit(0);
+  selection_.reset();
+  selectedCount_ = 0;
+  rangeStart_ = 0;
+  rangeCount_ = -1;
+  rangeEnd_ = -1;
+  readVector_.reset();
+  writeVector_.reset();
+}
+
+/// Leaves nothing open and nothing that a later close would write.
+void ZVWTFileImpl::abandonOpening() noexcept {
+  if (current_ != nullptr) {
+    std::exchange(current_, nullptr)->abandon();
+  }
+  closeHeader();
+  mode_ = Mode::closed;
+}
+
+bool ZVWTFileImpl::openHeaderFile(int mode) noexcept {
+  DirectorySearch search;
+  if (headerPath_.isEmpty()) {
+    (void)openFile(state_.directories, name_.asCstr(), mode, SearchOrder::toTheEnd, &search);
+  } else {
+    search.directory = directory_;
+    std::copy_n(headerPath_.asCstr(), headerPath_.cStrSize(), search.path);
+    search.status = np_fio_open(search.path, mode, &search.file);
+  }
+  if (!search.joined) {
+    return fail(WT_MESSAGE(pathNotJoined, "header", search.status, np_fio_errdesc(search.status)));
+  }
+  if (search.status != npFioSuccess) {
+    const char* description = np_fio_errdesc(search.status);
+    return fail(description != nullptr ? WT_MESSAGE(openFailed, search.path, description)
+                                       : WT_MESSAGE(openFailedStatus, search.path, search.status));
+  }
+  header_ = search.file;
+  directory_ = search.directory;
+  headerPath_.assign(search.path);
+  return true;
+}
+
+bool ZVWTFileImpl::readCatalogue(bool forReading) noexcept {
+  if (!readHeader()) {
+    return false;
+  }
+  if (!forReading && state_.otherByteOrder) {
+    return fail(WT_MESSAGE(openFailed, headerPath_.asCstr(),
+                           "it was written on a machine of the other byte order, so it can be read "
+                           "but not appended to"));
+  }
+  return true;
+}
+
+bool ZVWTFileImpl::takeRange(const RowRange* range) noexcept {
+  if (range == nullptr) {
+    return true;
+  }
+  if (range->firstRow < 0) {
+    return fail(WT_MESSAGE(negativeFirstRow, range->firstRow));
+  }
+  if (range->rowCount < -1) {
+    return fail(WT_MESSAGE(negativeRowCount, range->rowCount));
+  }
+  rangeStart_ = range->firstRow;
+  if (range->rowCount != -1) {
+    const std::int64_t room = std::numeric_limits<std::int64_t>::max() - rangeStart_;
+    rangeCount_ = range->rowCount;
+    rangeEnd_ = rangeStart_ + std::min(rangeCount_, room);
+  }
+  return true;
+}
+
+bool ZVWTFileImpl::startReading() noexcept {
+  mode_ = Mode::reading;
+  if (rangeStart_ >= rowCount_) {
+    nextElement_ = elementCount_;
+    rowPosition_ = rangeStart_;
+    return true;
+  }
+  const std::int64_t row = state_.readsBackwards ? rowCount_ - 1 : rangeStart_;
+  return (row == 0 && !state_.readsBackwards) || startReadingAt(row);
+}
+
+bool ZVWTFileImpl::startReadingAt(std::int64_t row) noexcept {
+  std::int64_t rowsBefore = 0;
+  for (int i = 0; i < elementCount_; ++i) {
+    DataElement& element = *elements_[static_cast<std::size_t>(i)];
+    if (rowsBefore + element.rowCount() > row) {
+      current_ = &element;
+      nextElement_ = state_.readsBackwards ? i - 1 : i + 1;
+      rowPosition_ = row;
+      return (element.open(true) && element.seekRow(row - rowsBefore)) || failAs(element);
+    }
+    rowsBefore += element.rowCount();
+  }
+  return fail(WT_MESSAGE(shortRead, "element definition"));
+}
+
+bool ZVWTFileImpl::startAppending() noexcept {
+  mode_ = Mode::writing;
+  rowPosition_ = rowCount_;
+  if (elementCount_ == 0) {
+    return true;
+  }
+  current_ = elements_[static_cast<std::size_t>(elementCount_) - 1].get();
+  if (!current_->open(false)) {
+    return failAs(*current_);
+  }
+  const bool full = state_.maxElementSize > 0 && current_->dataSize() > state_.maxElementSize;
+  if (!(full ? current_->close() : current_->seekRow(-1))) {
+    return failAs(*current_);
+  }
+  if (full) {
+    current_ = nullptr;
+  }
+  return true;
+}
+
+// ---- The openers for reading
+
+bool ZVWTFileImpl::openFromURI(const ZvbString& text, bool backwards) noexcept {
+  return openWithColumnNames(text, -1, nullptr, nullptr, backwards);
+}
+
+bool ZVWTFileImpl::openWithColumnNames(const ZvbString& name, int count, const ZvbString* /*names*/,
+                                       const RowRange* range, bool backwards) noexcept {
+  if (count > 0) {
+    return unavailable("A selection of columns by name");
+  }
+  return openWithColumnNumbers(name, count, nullptr, range, backwards);
+}
+
+bool ZVWTFileImpl::openWithColumnNumbers(const ZvbString& name, int count, const int* numbers,
+                                         const RowRange* range, bool backwards) noexcept {
+  if (!open(name, true, range, backwards)) {
+    return false;
+  }
+  if (count == -1) {
+    selectAllColumns();
+    return true;
+  }
+  if (!selectByNumbers(count, numbers)) {
+    abandonOpening();
+    return false;
+  }
+  return true;
+}
+
+void ZVWTFileImpl::selectAllColumns() noexcept {
+  std::int32_t longest = 0;
+  for (int i = 0; i < state_.columnCount; ++i) {
+    ColumnDefinition& column = state_.columns[static_cast<std::size_t>(i)];
+    column.targetCount = 1;
+    longest = std::max(longest, column.maxLength);
+  }
+  state_.stringBuffer.setLimit(longest);
+}
+
+bool ZVWTFileImpl::selectByNumbers(int count, const int* numbers) noexcept {
+  if (count >= 0) {
+    selection_.reset(
+        new (std::nothrow)
+            const ColumnDefinition*[std::max<std::size_t>(static_cast<std::size_t>(count), 1)]());
+  }
+  if (selection_ == nullptr) {
+    return fail(WT_MESSAGE(outOfMemory, "(column mapping array)"));
+  }
+  selectedCount_ = count;
+  std::int32_t longest = 0;
+  for (int i = 0; i < count; ++i) {
+    if (!selectColumn(i, numbers[i])) {
+      return false;
+    }
+    longest = std::max(longest, selection_[static_cast<std::size_t>(i)]->maxLength);
+  }
+  state_.stringBuffer.setLimit(longest);
+  return true;
+}
+
+/// Delivers the table's column `number` at `position` of the caller's row.
+bool ZVWTFileImpl::selectColumn(int position, int number) noexcept {
+  if (number < 0 || number >= state_.columnCount) {
+    return fail(WT_MESSAGE(noSuchColumnNumber, number));
+  }
+  ColumnDefinition& column = state_.columns[static_cast<std::size_t>(number)];
+  if (column.targetCount != 0) {
+    return fail(WT_MESSAGE(columnSelectedTwice, number));
+  }
+  if (number != position) {
+    column.targets.reset(new (std::nothrow) std::int32_t[1]{position});
+    if (column.targets == nullptr) {
+      return fail(WT_MESSAGE(outOfMemory, "(targets array)"));
+    }
+  }
+  column.targetCount = 1;
+  selection_[static_cast<std::size_t>(position)] = &column;
+  return true;
+}

@@ -1,0 +1,162 @@
+/// Writing and reading rows, from one data element to the next.
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+#include "wtelem/messages.h"
+#include "wtfile/ZVWTFileImpl.h"
+
+namespace {
+
+/// Points entry i of the vector at value i. The vector is made at its first use, and filled again
+/// only when the values lie elsewhere than last time. False when memory is short.
+template <typename Value>
+bool pointAt(std::unique_ptr<Value*[]>& vector, Value* values, int count) noexcept {
+  const auto entries = static_cast<std::size_t>(count);
+  if (vector == nullptr) {
+    vector.reset(new (std::nothrow) Value*[std::max<std::size_t>(entries, 1)]());
+    if (vector == nullptr) {
+      return false;
+    }
+  }
+  if (vector[0] != values) {
+    for (std::size_t i = 0; i < entries; ++i) {
+      vector[i] = values + i;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+// ---- Writing
+
+bool ZVWTFileImpl::writeRow(const ZvbDatavar* values) noexcept {
+  if (!pointAt(writeVector_, values, state_.columnCount)) {
+    return fail(WT_MESSAGE(outOfMemory, "(column value vector)"));
+  }
+  return writeRow(writeVector_.get());
+}
+
+bool ZVWTFileImpl::writeRow(const ZvbDatavar* const* values) noexcept {
+  if (mode_ != Mode::writing) {
+    return fail(WT_MESSAGE(notOpenForWriting));
+  }
+  if (current_ == nullptr && !startElement()) {
+    return false;
+  }
+  bool elementFull = false;
+  if (!current_->writeRow(values, &elementFull)) {
+    return failAs(*current_);
+  }
+  if (elementFull && !closeFullElement()) {
+    return false;
+  }
+  ++rowCount_;
+  ++rowPosition_;
+  return true;
+}
+
+bool ZVWTFileImpl::startElement() noexcept {
+  if (lost_) {
+    return false;
+  }
+  if (elementCount_ == elementCapacity_ && !growElements()) {
+    return fail(WT_MESSAGE(outOfMemory, "(data element array)"));
+  }
+  std::unique_ptr<DataElement> element(new (std::nothrow) DataElement(state_));
+  if (element == nullptr) {
+    return fail(WT_MESSAGE(outOfMemory, "(data element instance)"));
+  }
+  if (!element->createFiles(directory_)) {
+    return failAs(*element);
+  }
+  current_ = element.get();
+  elements_[static_cast<std::size_t>(elementCount_)] = std::move(element);
+  ++elementCount_;
+  return true;
+}
+
+bool ZVWTFileImpl::growElements() noexcept {
+  const int capacity = std::max(4, elementCapacity_ + elementCapacity_ / 2);
+  Elements grown(new (std::nothrow)
+                     std::unique_ptr<DataElement>[static_cast<std::size_t>(capacity)]);
+  if (grown == nullptr) {
+    return false;
+  }
+  std::move(elements_.get(), elements_.get() + elementCount_, grown.get());
+  elements_ = std::move(grown);
+  elementCapacity_ = capacity;
+  return true;
+}
+
+/// A full element whose bytes do not reach the disk has lost rows that were accepted: the table can
+/// take no more rows and its close fails.
+bool ZVWTFileImpl::closeFullElement() noexcept {
+  DataElement* element = std::exchange(current_, nullptr);
+  if (!element->close()) {
+    lost_ = true;
+    return failAs(*element);
+  }
+  return true;
+}
+
+// ---- Reading
+
+bool ZVWTFileImpl::readRow(ZvbDatavar* values, bool* endOfTable) noexcept {
+  if (!pointAt(readVector_, values, getColumnCount())) {
+    *endOfTable = false;
+    return fail(WT_MESSAGE(outOfMemory, "(column value vector)"));
+  }
+  return readRow(readVector_.get(), endOfTable);
+}
+
+bool ZVWTFileImpl::readRow(ZvbDatavar* const* values, bool* endOfTable) noexcept {
+  *endOfTable = false;
+  if (mode_ != Mode::reading) {
+    return fail(WT_MESSAGE(notOpenForReading));
+  }
+  const int valueCount = getColumnCount();
+  for (;;) {
+    if (pastRange() ||
+        (current_ == nullptr && (nextElement_ < 0 || nextElement_ >= elementCount_))) {
+      *endOfTable = true;
+      return false;
+    }
+    if (current_ == nullptr && !openNextElement()) {
+      return false;
+    }
+    bool endOfData = false;
+    if (current_->readRow(values, valueCount, &endOfData)) {
+      rowPosition_ += state_.readsBackwards ? -1 : 1;
+      return true;
+    }
+    if (!endOfData) {
+      return failAs(*current_);
+    }
+    leaveElement();
+  }
+}
+
+bool ZVWTFileImpl::pastRange() const noexcept {
+  return state_.readsBackwards ? rowPosition_ < rangeStart_
+                               : rangeEnd_ != -1 && rowPosition_ >= rangeEnd_;
+}
+
+bool ZVWTFileImpl::openNextElement() noexcept {
+  DataElement& element = *elements_[static_cast<std::size_t>(nextElement_)];
+  if (!element.open(true)) {
+    element.abandon();
+    return failAs(element);
+  }
+  current_ = &element;
+  nextElement_ += state_.readsBackwards ? -1 : 1;
+  return true;
+}
+
+void ZVWTFileImpl::leaveElement() noexcept {
+  if (current_ != nullptr) {
+    (void)std::exchange(current_, nullptr)->close();
+  }
+}

@@ -1,0 +1,259 @@
+#include "wtfile/ZVWTFileImpl.h"
+
+#include <new>
+#include <utility>
+
+#include "wtelem/DirectorySearch.h"
+#include "wtelem/messages.h"
+
+namespace {
+
+constexpr const char* tablePrefix = "zvwt_";
+constexpr std::int16_t writtenVersion = 100;  // hundredths
+
+}  // namespace
+
+ZVWTFileImpl::ZVWTFileImpl(const TempDirectories& directories) noexcept
+    : state_{.directories = directories, .columns = {}, .stringBuffer = {}} {}
+
+ZVWTFileImpl::~ZVWTFileImpl() {
+  (void)ZVWTFileImpl::close();
+  if (createdHere_ && !errorMessage_.isEmpty()) {
+    (void)removeFiles();
+  }
+}
+
+void ZVWTFileImpl::release() noexcept { delete this; }
+
+bool ZVWTFileImpl::fail(ZvbString text) noexcept {
+  errorMessage_ = std::move(text);
+  return false;
+}
+
+bool ZVWTFileImpl::failAs(const DataElement& element) noexcept {
+  errorMessage_ = element.getErrorMessage();
+  return false;
+}
+
+bool ZVWTFileImpl::unavailable(const char* operation) noexcept {
+  return fail(WT_MESSAGE(notAvailable, operation));
+}
+
+// ---- Creating
+
+bool ZVWTFileImpl::create(int columnCount, int sortColumnCount,
+                          std::int64_t maxElementSize) noexcept {
+  createdHere_ = true;
+  state_.maxElementSize = maxElementSize;
+  version_ = writtenVersion;
+  if (!allocateColumns(columnCount)) {
+    return false;
+  }
+  if (sortColumnCount != 0) {
+    return unavailable("Sorting");
+  }
+  DirectorySearch search;
+  search.directory = directory_;
+  if (!makeFile(state_.directories, tablePrefix, SearchOrder::toTheEnd, &search)) {
+    return fail(WT_MESSAGE(noDirectoryTakes,
+                           state_.directories.path(state_.directories.count() - 1), search.status,
+                           np_fio_errdesc(search.status)));
+  }
+  directory_ = search.directory;
+  header_ = search.file;
+  headerPath_.assign(search.path);
+  int status = npFioSuccess;
+  if (!nameOfPath(search.path, &name_, &status)) {
+    closeHeader();
+    (void)np_fio_unlink(search.path);
+    return fail(WT_MESSAGE(pathNotSplit, "header", status, np_fio_errdesc(status)));
+  }
+  mode_ = Mode::writing;
+  return true;
+}
+
+bool ZVWTFileImpl::allocateColumns(std::int64_t count) noexcept {
+  state_.columns.reset();
+  state_.columnCount = 0;
+  if (count == 0) {
+    return true;
+  }
+  if (count > 0) {
+    state_.columns.reset(new (std::nothrow) ColumnDefinition[static_cast<std::size_t>(count)]);
+  }
+  if (state_.columns == nullptr) {
+    return fail(WT_MESSAGE(outOfMemory, "(column definition array)"));
+  }
+  state_.columnCount = static_cast<std::int32_t>(count);
+  return true;
+}
+
+// ---- Columns
+
+bool ZVWTFileImpl::defineColumn(int index, ZvbString name, zvbType type, int width) noexcept {
+  if (index < 0 || index >= state_.columnCount) {
+    return fail(WT_MESSAGE(noSuchColumn));
+  }
+  for (int i = 0; i < state_.columnCount; ++i) {
+    if (i != index && state_.columns[static_cast<std::size_t>(i)].name.compare(name, false) == 0) {
+      return fail(WT_MESSAGE(duplicateColumnName, name.asCstr()));
+    }
+  }
+  if (name.memoryShort()) {
+    return fail(WT_MESSAGE(outOfMemory, "(column name)"));
+  }
+  ColumnDefinition& column = state_.columns[static_cast<std::size_t>(index)];
+  column.name = std::move(name);
+  column.type = type;
+  column.storageCode = storageCodeOf(type);
+  column.width = width;
+  return true;
+}
+
+const ColumnDefinition* ZVWTFileImpl::columnOfCaller(int index) const noexcept {
+  if (index < 0 || index >= (selection_ != nullptr ? selectedCount_ : state_.columnCount)) {
+    return nullptr;
+  }
+  const auto place = static_cast<std::size_t>(index);
+  return selection_ != nullptr ? selection_[place] : &state_.columns[place];
+}
+
+bool ZVWTFileImpl::getColumnDefinition(int index, ZvbString* name, zvbType* type, int* width,
+                                       int* maxLength) noexcept {
+  const ColumnDefinition* column = columnOfCaller(index);
+  if (column == nullptr) {
+    return fail(WT_MESSAGE(noSuchColumn));
+  }
+  *name = column->name;
+  *type = column->type;
+  *width = column->width;
+  *maxLength = column->maxLength;
+  return true;
+}
+
+int ZVWTFileImpl::getColumnCount() noexcept {
+  return selection_ != nullptr ? selectedCount_ : state_.columnCount;
+}
+
+ZvbString ZVWTFileImpl::getErrorMessage() noexcept { return errorMessage_; }
+
+ZvbString ZVWTFileImpl::getName() noexcept { return name_; }
+
+std::int64_t ZVWTFileImpl::getRowCount() noexcept { return rowCount_; }
+
+// ---- Closing and removing
+
+bool ZVWTFileImpl::close() noexcept {
+  bool closed = true;
+  if (state_.openedForReading) {
+    closeRead();
+  } else {
+    closed = closeWritten();
+  }
+  rowPosition_ = 0;
+  nextElement_ = 0;
+  return closed;
+}
+
+bool ZVWTFileImpl::closeWritten() noexcept {
+  bool closed = !std::exchange(lost_, false);
+  if (current_ != nullptr) {
+    closed = (current_->close() || failAs(*current_)) && closed;
+    current_ = nullptr;
+  }
+  if (header_ != nullptr) {
+    closed = closed && writeHeader();
+    closeHeader();
+  }
+  mode_ = Mode::closed;
+  if (!closed) {
+    removeAfterFailure();
+  }
+  return closed;
+}
+
+void ZVWTFileImpl::closeRead() noexcept {
+  leaveElement();
+  closeHeader();
+  mode_ = Mode::closed;
+}
+
+void ZVWTFileImpl::closeHeader() noexcept { np_fio_close(std::exchange(header_, nullptr)); }
+
+/// The cause of the failure stays the message, whatever the removal meets.
+void ZVWTFileImpl::removeAfterFailure() noexcept {
+  ZvbString cause = errorMessage_;
+  (void)removeFiles();
+  errorMessage_ = std::move(cause);
+}
+
+bool ZVWTFileImpl::removeFiles() noexcept {
+  if (name_.isEmpty()) {
+    return true;
+  }
+  (void)close();
+  bool removed = true;
+  for (int i = 0; i < elementCount_; ++i) {
+    std::unique_ptr<DataElement>& element = elements_[static_cast<std::size_t>(i)];
+    if (element != nullptr && !element->remove() && removed) {
+      removed = failAs(*element);
+    }
+    element.reset();
+  }
+  const int status = np_fio_unlink(headerPath_.asCstr());
+  if (status != npFioSuccess && removed) {
+    return fail(WT_MESSAGE(deleteFailed, np_fio_errdesc(status)));
+  }
+  return removed;
+}
+
+bool ZVWTFileImpl::measure(TableSizes* sizes) noexcept {
+  *sizes = TableSizes{};
+  np_fio_stat info;
+  const int status = np_fio_stat64(headerPath_.asCstr(), &info);
+  if (status != npFioSuccess) {
+    return fail(WT_MESSAGE(openFailed, headerPath_.asCstr(), np_fio_errdesc(status)));
+  }
+  sizes->catalogueBytes = info.size;
+  for (int i = 0; i < elementCount_; ++i) {
+    DataElement& element = *elements_[static_cast<std::size_t>(i)];
+    std::int64_t dataBytes = 0;
+    std::int64_t indexBytes = 0;
+    if (!element.measure(&dataBytes, &indexBytes)) {
+      return failAs(element);
+    }
+    sizes->dataBytes += dataBytes;
+    sizes->indexBytes += indexBytes;
+  }
+  return true;
+}
+
+// ---- What later versions bring
+
+std::int32_t ZVWTFileImpl::setSortColumn(std::int32_t /*key*/, std::uint32_t /*column*/,
+                                         bool /*flag*/, std::uint64_t /*value*/) noexcept {
+  return 0;
+}
+
+std::int32_t ZVWTFileImpl::setSortOptionA(std::uint64_t /*value*/) noexcept { return 0; }
+
+std::int32_t ZVWTFileImpl::setSortOptionB(std::uint64_t /*value*/) noexcept { return 0; }
+
+bool ZVWTFileImpl::asXml(int /*firstRow*/, int /*maxRows*/, ZvbString* out,
+                         bool* endOfTable) noexcept {
+  out->truncate(0);
+  if (endOfTable != nullptr) {
+    *endOfTable = false;
+  }
+  return unavailable("The XML form of a table");
+}
+
+ZvbStringCursor* ZVWTFileImpl::getStatistics() noexcept {
+  (void)unavailable("The statistics cursor");
+  return nullptr;
+}
+
+ZvbString ZVWTFileImpl::getURI(bool /*allColumns*/) noexcept {
+  (void)unavailable("The URI of a table");
+  return {};
+}

@@ -1,0 +1,163 @@
+/// One work table: the object behind ZvWorkTableFile.
+///
+/// Its operations stand in one file each for what they do: ZVWTFileImpl.cpp (life cycle and
+/// columns), TableHeader.cpp (the catalogue's bytes), TableOpen.cpp (opening and positioning),
+/// TableRows.cpp (rows). The rows themselves are the data elements' (wtelem/DataElement.h). Thread
+/// rule: one thread at a time.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "ZvWorkTableFile.h"
+#include "base/ZvbDatavar.h"
+#include "base/ZvbString.h"
+#include "fio/np_fio.h"
+#include "wtelem/DataElement.h"
+#include "wtelem/TableState.h"
+#include "wtelem/TempDirectories.h"
+
+/// What a table uses, in bytes and files.
+struct TableSizes {
+  std::int64_t catalogueBytes = 0;
+  std::int64_t dataBytes = 0;
+  std::int64_t indexBytes = 0;
+};
+
+class ZVWTFileImpl final : public ZvWorkTableFile {
+ public:
+  explicit ZVWTFileImpl(const TempDirectories& directories) noexcept;
+  ZVWTFileImpl(const ZVWTFileImpl&) = delete;
+  ZVWTFileImpl& operator=(const ZVWTFileImpl&) = delete;
+  ~ZVWTFileImpl() override;
+
+  std::int32_t setSortColumn(std::int32_t key, std::uint32_t column, bool flag,
+                             std::uint64_t value) noexcept override;
+  std::int32_t setSortOptionA(std::uint64_t value) noexcept override;
+  std::int32_t setSortOptionB(std::uint64_t value) noexcept override;
+  bool close() noexcept override;
+  bool defineColumn(int index, ZvbString name, zvbType type, int width) noexcept override;
+  bool getColumnDefinition(int index, ZvbString* name, zvbType* type, int* width,
+                           int* maxLength) noexcept override;
+  int getColumnCount() noexcept override;
+  ZvbString getErrorMessage() noexcept override;
+  ZvbString getName() noexcept override;
+  std::int64_t getRowCount() noexcept override;
+  bool readRow(ZvbDatavar* const* values, bool* endOfTable) noexcept override;
+  bool readRow(ZvbDatavar* values, bool* endOfTable) noexcept override;
+  bool asXml(int firstRow, int maxRows, ZvbString* out, bool* endOfTable) noexcept override;
+  void release() noexcept override;
+  ZvbStringCursor* getStatistics() noexcept override;
+  ZvbString getURI(bool allColumns) noexcept override;
+  bool writeRow(const ZvbDatavar* const* values) noexcept override;
+  bool writeRow(const ZvbDatavar* values) noexcept override;
+
+  /// Makes the catalogue file; once, on a new object.
+  [[nodiscard]] bool create(int columnCount, int sortColumnCount,
+                            std::int64_t maxElementSize) noexcept;
+
+  /// Opens a table by name for reading or for appending. An object that made or opened a table
+  /// before goes back to that table's file, whatever the name.
+  [[nodiscard]] bool open(const ZvbString& name, bool forReading, const RowRange* range,
+                          bool backwards) noexcept;
+
+  /// Opens for reading with all columns.
+  [[nodiscard]] bool openFromURI(const ZvbString& text, bool backwards) noexcept;
+  /// Opens for reading with the columns listed; a count of -1 means all.
+  [[nodiscard]] bool openWithColumnNames(const ZvbString& name, int count, const ZvbString* names,
+                                         const RowRange* range, bool backwards) noexcept;
+  [[nodiscard]] bool openWithColumnNumbers(const ZvbString& name, int count, const int* numbers,
+                                           const RowRange* range, bool backwards) noexcept;
+
+  /// Closes, then deletes the elements' files and the catalogue.
+  [[nodiscard]] bool removeFiles() noexcept;
+
+  /// The sizes of the table's files, of a table that is closed or being read.
+  [[nodiscard]] bool measure(TableSizes* sizes) noexcept;
+  [[nodiscard]] int elementCount() const noexcept { return elementCount_; }
+  [[nodiscard]] std::int64_t maxElementSize() const noexcept { return state_.maxElementSize; }
+
+ private:
+  enum class Mode : std::uint8_t { closed, writing, reading };
+  using Elements = std::unique_ptr<std::unique_ptr<DataElement>[]>;
+
+  bool fail(ZvbString text) noexcept;
+  bool failAs(const DataElement& element) noexcept;
+  bool unavailable(const char* operation) noexcept;
+
+  // Life cycle
+  bool closeWritten() noexcept;
+  void closeRead() noexcept;
+  void closeHeader() noexcept;
+  void removeAfterFailure() noexcept;
+  bool allocateColumns(std::int64_t count) noexcept;
+  [[nodiscard]] const ColumnDefinition* columnOfCaller(int index) const noexcept;
+
+  // The catalogue
+  bool writeHeader() noexcept;
+  bool writeFixedHeader() noexcept;
+  bool writeColumnDefinition(const ColumnDefinition& column) noexcept;
+  bool finishHeader() noexcept;
+  bool readHeader() noexcept;
+  bool readFixedHeader(std::uint32_t* columnCount, std::uint32_t* elementCount) noexcept;
+  bool readAccessKey(std::uint16_t length) noexcept;
+  bool readColumnDefinitions(std::uint32_t count) noexcept;
+  bool readColumnDefinition(ColumnDefinition* column) noexcept;
+  bool readElementDefinitions(std::uint32_t count) noexcept;
+  bool skipSurplus(std::uint32_t length, int known) noexcept;
+  [[nodiscard]] std::int64_t remainingHeaderBytes() const noexcept;
+
+  // Opening
+  void startClean(bool forReading, bool backwards) noexcept;
+  bool openHeaderFile(int mode) noexcept;
+  bool readCatalogue(bool forReading) noexcept;
+  bool takeRange(const RowRange* range) noexcept;
+  bool startReading() noexcept;
+  bool startReadingAt(std::int64_t row) noexcept;
+  bool startAppending() noexcept;
+  void abandonOpening() noexcept;
+  void selectAllColumns() noexcept;
+  bool selectByNumbers(int count, const int* numbers) noexcept;
+  bool selectColumn(int position, int number) noexcept;
+
+  // Rows
+  bool startElement() noexcept;
+  bool growElements() noexcept;
+  bool closeFullElement() noexcept;
+  bool openNextElement() noexcept;
+  [[nodiscard]] bool pastRange() const noexcept;
+  void leaveElement() noexcept;
+
+  TableState state_;  // what the elements see; outlives them
+  ZvbString accessKey_;
+  ZvbString errorMessage_;
+  ZvbString name_;        // of the catalogue file, without directory
+  ZvbString headerPath_;  // of the catalogue file; empty until it was made or found
+  np_fio_handle header_ = nullptr;
+  std::int64_t headerSize_ = 0;  // bytes of the catalogue file when it was opened
+  int directory_ = 0;            // that holds the catalogue file; new elements start there
+  std::int16_t version_ = 0;
+  bool createdHere_ = false;
+  Mode mode_ = Mode::closed;
+  bool lost_ = false;  // rows that were accepted did not reach the disk
+
+  std::int64_t rowCount_ = 0;
+  std::int64_t rowPosition_ = 0;  // the next row to be written or read
+  std::int64_t rangeStart_ = 0;
+  std::int64_t rangeCount_ = -1;  // -1: the opener gave none
+  std::int64_t rangeEnd_ = -1;    // the row behind the range; -1: to the end
+
+  // The columns of the caller's row, in its order; none: the table's columns in theirs.
+  std::unique_ptr<const ColumnDefinition*[]> selection_;
+  int selectedCount_ = 0;
+
+  Elements elements_;  // in row order
+  int elementCount_ = 0;
+  int elementCapacity_ = 0;
+  int nextElement_ = 0;             // that a reader opens next
+  DataElement* current_ = nullptr;  // being written or read; one of elements_
+
+  // The addresses of the values of the array forms, filled anew when the array is another one.
+  std::unique_ptr<const ZvbDatavar*[]> writeVector_;
+  std::unique_ptr<ZvbDatavar*[]> readVector_;
+};

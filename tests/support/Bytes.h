@@ -1,0 +1,49 @@
+/// Files as bytes, for tests that look at them or damage them.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+class Bytes {
+ public:
+  explicit Bytes(std::string path) : path_(std::move(path)) {
+    std::ifstream stream(path_, std::ios::binary);
+    content_.assign(std::istreambuf_iterator<char>(stream), {});
+  }
+
+  [[nodiscard]] const std::string& content() const { return content_; }
+  [[nodiscard]] std::size_t size() const { return content_.size(); }
+
+  template <typename Number>
+  [[nodiscard]] Number get(std::size_t offset) const {
+    Number number;
+    std::memcpy(&number, content_.data() + offset, sizeof number);
+    return number;
+  }
+  template <typename Number>
+  Bytes& set(std::size_t offset, Number number) {
+    std::memcpy(content_.data() + offset, &number, sizeof number);
+    return *this;
+  }
+  Bytes& insert(std::size_t offset, const std::string& bytes) {
+    content_.insert(offset, bytes);
+    return *this;
+  }
+  Bytes& cut(std::size_t size) {
+    content_.resize(size);
+    return *this;
+  }
+  Bytes& reverse(std::size_t offset, std::size_t size) {
+    std::string field = content_.substr(offset, size);
+    content_.replace(offset, size, std::string(field.rbegin(), field.rend()));
+    return *this;
+  }
+  void save() const { std::ofstream(path_, std::ios::binary) << content_; }
+
+ private:
+  std::string path_;
+  std::string content_;
+};
