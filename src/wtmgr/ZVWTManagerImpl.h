@@ -1,0 +1,87 @@
+/// The object behind ZvWorkTableManager.
+///
+/// What it knows does not change after construction, so its operations may run on several threads
+/// at once; every table object that it makes belongs to the one thread that uses it.
+#pragma once
+
+#include <memory>
+
+#include "ZvWorkTableManager.h"
+#include "base/ZvbString.h"
+#include "lock/zv_lock.h"
+#include "wtelem/TempDirectories.h"
+#include "wtfile/ZVWTFileImpl.h"
+#include "zvwt.h"
+
+class ZVWTManagerImpl final : public ZvWorkTableManager {
+ public:
+  /// Leaves a text in *error, and an object fit only to be destroyed, when something fails.
+  ZVWTManagerImpl(const ZvbString& name, const ZvbString& directoryList, ZvbString* error) noexcept;
+  ZVWTManagerImpl(const ZVWTManagerImpl&) = delete;
+  ZVWTManagerImpl& operator=(const ZVWTManagerImpl&) = delete;
+  ~ZVWTManagerImpl() override;
+
+  bool sortAndSize0(std::int64_t value) noexcept override;
+  bool sortAndSize1(bool value) noexcept override;
+  bool sortAndSize2(bool value) noexcept override;
+  bool sortAndSize3(bool value) noexcept override;
+  bool sortAndSize4(std::int32_t value) noexcept override;
+  bool sortAndSize5(std::int64_t value) noexcept override;
+  bool sortAndSize6(std::int64_t value) noexcept override;
+  bool sortAndSize7(bool value) noexcept override;
+  bool appendTable(const ZvbString& targetName, const ZvbString& sourceName, bool alreadyEnqueued,
+                   ZvbString* error) noexcept override;
+  bool appendTable(const ZvbString& targetName, const ZvbString& sourceName,
+                   ZvbString* error) noexcept override;
+  bool copyIntoTable(ZvWorkTableFile* target, ZvWorkTableManager* sourceManager,
+                     const ZvbString& sourceName, ZvbString* error) noexcept override;
+  ZvWorkTableFile* copyTable(std::int64_t maxElementSize, ZvWorkTableManager* sourceManager,
+                             const ZvbString& sourceName, ZvbString* error) noexcept override;
+  ZvWorkTableFile* copyTable(std::int64_t maxElementSize, const ZvbString& sourceManagerName,
+                             const ZvbString& sourceName, ZvbString* error) noexcept override;
+  ZvWorkTableFile* createTable(int columnCount, int sortKeyCount, std::int64_t maxElementSize,
+                               ZvbString* error) noexcept override;
+  ZvWorkTableFile* createTable(int columnCount, std::int64_t maxElementSize,
+                               ZvbString* error) noexcept override;
+  void dequeue(const ZvbString& key) noexcept override;
+  bool enqueue(const ZvbString& key, ZvbString* error) noexcept override;
+  ZvbString getName() noexcept override;
+  ZvbString getDirectoryList() noexcept override;
+  ZvbString getLastError() noexcept override;
+  ZvWorkTableFile* openTable(const ZvbString& name, int count, const int* numbers,
+                             const RowRange* range, bool readBackwards,
+                             ZvbString* error) noexcept override;
+  ZvWorkTableFile* openTable(const ZvbString& name, int count, const ZvbString* names,
+                             const RowRange* range, bool readBackwards,
+                             ZvbString* error) noexcept override;
+  ZvWorkTableFile* openTable(const ZvbString& nameOrUri, bool readBackwards,
+                             ZvbString* error) noexcept override;
+  bool partitionTable(const ZvbString& nameOrUri, int* partCount, RowRange* ranges,
+                      ZvbString* error) noexcept override;
+  void release() noexcept override;
+  bool deleteTable(const ZvbString& name, ZvbString* error) noexcept override;
+
+  [[nodiscard]] bool getTableSizes(const ZvbString& name, ZvwtTableSizes* sizes,
+                                   ZvbString* error) noexcept;
+
+  /// Entry `index` of the directories; an empty text when there is none.
+  [[nodiscard]] ZvbString getDirectory(int index) const noexcept;
+  [[nodiscard]] int directoryCount() const noexcept { return directories_.count(); }
+
+ private:
+  using Table = std::unique_ptr<ZVWTFileImpl>;
+
+  void resolveDirectoryList() noexcept;
+  Table makeTable(ZvbString* error) noexcept;
+  template <typename Opener>
+  Table openTableBy(const Opener& opener, ZvbString* error) noexcept;
+  Table openWithoutColumns(const ZvbString& name, ZvbString* error) noexcept;
+  bool refuseSetting() noexcept;
+
+  ZvbString uuid_;
+  ZvbString name_;
+  ZvbString directoryList_;
+  TempDirectories directories_;
+  zvLockHandle registryLock_ = 0;
+  ZvbString lastError_;
+};

@@ -1,0 +1,20 @@
+#include "zvwt.h"
+
+#include <new>
+
+#include "wtmgr/ZVWTManagerImpl.h"
+
+ZvWorkTableManager* zvwtCreateManager(const ZvbString& name, const ZvbString& directoryList,
+                                      ZvbString* error) {
+  auto* manager = new (std::nothrow) ZVWTManagerImpl(name, directoryList, error);
+  if (manager != nullptr && error->length() != 0) {
+    manager->release();
+    return nullptr;
+  }
+  return manager;
+}
+
+bool zvwtGetTableSizes(ZvWorkTableManager* manager, const ZvbString& tableName,
+                       ZvwtTableSizes* sizes, ZvbString* error) {
+  return static_cast<ZVWTManagerImpl*>(manager)->getTableSizes(tableName, sizes, error);
+}
