@@ -1,0 +1,23 @@
+# Library, headers and the CMake package: find_package(zvwt) gives the target zvwt::zvwt.
+
+include(CMakePackageConfigHelpers)
+
+set(zvwt_header_root ${CMAKE_INSTALL_INCLUDEDIR}/zvwt)
+set(zvwt_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zvwt)
+
+install(TARGETS zvwt EXPORT zvwtTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY include/ DESTINATION ${zvwt_header_root} FILES_MATCHING PATTERN "*.h")
+install(FILES ${zvwt_public_base_headers} DESTINATION ${zvwt_header_root}/base)
+install(FILES platform/datafile/ZvDatafileManagerSortAndSize.h platform/datafile/ZvDatafileSort.h
+        DESTINATION ${zvwt_header_root}/datafile)
+install(FILES platform/fio/np_dir.h DESTINATION ${zvwt_header_root}/fio)
+
+install(EXPORT zvwtTargets NAMESPACE zvwt:: DESTINATION ${zvwt_package_dir}
+        FILE zvwtTargets.cmake)
+configure_package_config_file(cmake/zvwtConfig.cmake.in ${CMAKE_CURRENT_BINARY_DIR}/zvwtConfig.cmake
+                              INSTALL_DESTINATION ${zvwt_package_dir})
+write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/zvwtConfigVersion.cmake
+                                 COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zvwtConfig.cmake
+              ${CMAKE_CURRENT_BINARY_DIR}/zvwtConfigVersion.cmake
+        DESTINATION ${zvwt_package_dir})
