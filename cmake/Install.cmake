@@ -7,10 +7,11 @@ set(zvwt_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zvwt)
 
 install(TARGETS zvwt EXPORT zvwtTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY include/ DESTINATION ${zvwt_header_root} FILES_MATCHING PATTERN "*.h")
-install(FILES ${zvwt_public_base_headers} DESTINATION ${zvwt_header_root}/base)
-install(FILES platform/datafile/ZvDatafileManagerSortAndSize.h platform/datafile/ZvDatafileSort.h
-        DESTINATION ${zvwt_header_root}/datafile)
-install(FILES platform/fio/np_dir.h DESTINATION ${zvwt_header_root}/fio)
+foreach(header ${zvwt_public_platform_headers})
+  cmake_path(GET header PARENT_PATH folder)
+  cmake_path(RELATIVE_PATH folder BASE_DIRECTORY platform OUTPUT_VARIABLE room)
+  install(FILES ${header} DESTINATION ${zvwt_header_root}/${room})
+endforeach()
 
 install(EXPORT zvwtTargets NAMESPACE zvwt:: DESTINATION ${zvwt_package_dir}
         FILE zvwtTargets.cmake)
