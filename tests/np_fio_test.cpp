@@ -39,9 +39,10 @@ File opened(const std::string& path, int mode) {
 }
 
 std::string randomText(std::mt19937& random, std::size_t size) {
+  std::minstd_rand fast(random());
   std::string text(size, '\0');
   for (char& character : text) {
-    character = static_cast<char>(random());
+    character = static_cast<char>(fast() >> 8U);
   }
   return text;
 }
@@ -134,8 +135,10 @@ class FileWithModel {
   }
 
   void seek() {
-    const int whence = static_cast<int>(random_() % 3);
-    const std::size_t base = std::array{std::size_t{0}, position_, content_.size()}[whence];
+    constexpr std::array<int, 3> whences = {npFioFromStart, npFioFromHere, npFioFromEnd};
+    const std::size_t choice = random_() % whences.size();
+    const int whence = whences[choice];
+    const std::size_t base = std::array{std::size_t{0}, position_, content_.size()}[choice];
     auto offset = static_cast<std::int64_t>(someSize(400'000));
     offset = random_() % 2 == 0 || whence == npFioFromStart ? offset : -offset;
     const std::int64_t target = static_cast<std::int64_t>(base) + offset;
@@ -159,7 +162,7 @@ class FileWithModel {
 
 TEST(FileBuffer, BehavesLikeBytesInMemory) {
   const TemporaryDirectory directory;
-  for (const unsigned seed : {1U, 2U, 3U, 4U}) {
+  for (const unsigned seed : {1U, 2U, 3U}) {
     SCOPED_TRACE(seed);
     FileWithModel file(directory.file("model"), seed);
     for (int step = 0; step < 2000 && !testing::Test::HasFatalFailure(); ++step) {

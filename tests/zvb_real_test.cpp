@@ -191,24 +191,25 @@ TEST(ZvbRealTest, TextsThatAreNumbersAndTextsThatAreNot) {
   EXPECT_EQ(textOf(parse(std::string(100, '0') + "1" + std::string(100, '0'))), "1e100");
   EXPECT_EQ(textOf(parse("0e99999999999999999999999")), "0");
   const std::string tooManyDigits = std::string(38, '1') + ".1";
-  for (const std::string_view text : {std::string_view(tooManyDigits),
-                                      {""},
-                                      {" "},
-                                      {"-"},
-                                      {"."},
-                                      {"1."},
-                                      {".1"},
-                                      {"1e"},
-                                      {"1e+"},
-                                      {"1 2"},
-                                      {"0x1"},
-                                      {"1,5"},
-                                      {"--1"},
-                                      {"inf"},
-                                      {"nan"},
-                                      {"1e2147483648"},
-                                      {"0.1e-2147483648"},
-                                      {"1e18446744073709551616"}}) {
+  const std::string_view others[] = {tooManyDigits,
+                                     "",
+                                     " ",
+                                     "-",
+                                     ".",
+                                     "1.",
+                                     ".1",
+                                     "1e",
+                                     "1e+",
+                                     "1 2",
+                                     "0x1",
+                                     "1,5",
+                                     "--1",
+                                     "inf",
+                                     "nan",
+                                     "1e2147483648",
+                                     "0.1e-2147483648",
+                                     "1e18446744073709551616"};
+  for (const std::string_view text : others) {
     bool failed = false;
     EXPECT_TRUE(ZvbReal::fromText(text, &failed).isNull()) << text;
     EXPECT_TRUE(failed) << text;

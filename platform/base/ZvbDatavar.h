@@ -13,9 +13,10 @@
 ///   double    numbers, dates; number text, else date text       the rest
 ///   date      dates, date text, a number as a day number        the rest: a null date
 ///   string    everything: true/false; digits; plain decimal notation; a date in its exact form;
-///             null gives a null string
+///             null, an infinite double and NaN, and a date without text give a null string
 ///
-/// Blanks around texts are ignored. Overflow fails; nothing wraps.
+/// Blanks, tabs and line ends around texts are ignored. Overflow fails; nothing wraps. NaN
+/// converts to a double and to nothing else.
 ///
 /// Texts of up to 47 bytes and all numbers lie inside the object, and assigning into a variant that
 /// has room allocates nothing: keep the variants of a row and assign to them again and again.
@@ -124,7 +125,7 @@ class ZVB_API ZvbDatavar {
     memoryShort_ = false;
   }
   /// Converts the value in place. What cannot be converted becomes a null of that type, and the
-  /// result is false.
+  /// result is false. A null only changes its type; an unknown type counts as zvbTypeString.
   bool setType(zvbType type) noexcept {
     if (type == zvbTypeDate && held_ == Held::binary && number_.binary == number_.binary) {
       hold(Held::date, zvbTypeDate);

@@ -36,9 +36,9 @@ class ZVB_API ZvbReal {
   /// The shortest decimal that reads back as the same double; sets *failed, and gives null, for
   /// infinities and NaN.
   [[nodiscard]] static ZvbReal fromDouble(double number, bool* failed) noexcept;
-  /// Reads `[+-]digits[.digits][(e|E)[+-]digits]`, blanks around it ignored. Sets *failed, and
-  /// gives null, for any other text, for more than 38 significant digits and for an exponent that
-  /// does not fit 32 bits: nothing is rounded.
+  /// Reads `[+-]digits[.digits][(e|E)[+-]digits]`, blanks, tabs and line ends around it ignored.
+  /// Sets *failed, and gives null, for any other text, for more than 38 significant digits and for
+  /// an exponent that does not fit 32 bits: nothing is rounded.
   [[nodiscard]] static ZvbReal fromText(std::string_view text, bool* failed) noexcept;
   /// From the packed form; `swap` when the words were written in the other byte order.
   [[nodiscard]] static ZvbReal fromFD(const std::uint64_t (&words)[3], bool swap) noexcept {

@@ -49,9 +49,10 @@ class ZVB_API ZvbString {
   [[nodiscard]] int compare(const char* other, bool exact) const noexcept;
 
   /// The position, in characters, of the first occurrence of `what` at or after `start`; negative
-  /// when there is none.
+  /// when there is none. A negative `start` is taken for 0; an empty `what` occurs everywhere.
   [[nodiscard]] int find(const ZvbString& what, int start) const noexcept;
   /// At most `count` characters from position `start` on; a negative count means all of the rest.
+  /// Of a null string a null string, here and below.
   [[nodiscard]] ZvbString mid(unsigned start, int count) const noexcept;
   /// A copy in which `what` is replaced by `with`: from character `start` on, at most `count`
   /// times, or every time when the count is negative. An empty `what` replaces nothing.

@@ -19,6 +19,7 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <utility>
 
 #include "base/zvb_random.h"
 #include "fio/np_fio_system.h"
@@ -243,6 +244,7 @@ std::size_t putIntoRoom(OpenFile& file, const unsigned char* bytes, std::size_t 
   return count;
 }
 
+/// What a failure leaves in the buffer has been accepted and counts as put.
 std::size_t put(OpenFile& file, const unsigned char* bytes, std::size_t size) noexcept {
   std::size_t done = 0;
   while (unwritten(file) != 0 || size - done < bufferSize) {
