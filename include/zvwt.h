@@ -14,10 +14,9 @@
 
 /// Makes a manager.
 ///
-/// `directoryList` names the directories for its tables, separated by np_dir_listsep (':', on
-/// Windows
-/// ';'). Given empty, the configuration option "BASE/TEMP" is used, else the system's temporary
-/// directory. An empty entry in the list is the current directory.
+/// `directoryList` names the directories for its tables, separated by np_dir_listsep. Given empty,
+/// the configuration option "BASE/TEMP" is used, else the system's temporary directory. An empty
+/// entry in the list is the current directory.
 /// `*error` must be empty. Returns null with the reason in *error, or with *error still empty when
 /// the manager itself could not be allocated. The caller frees the manager with release().
 /// May be called from any thread.

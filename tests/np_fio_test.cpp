@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,6 +14,7 @@
 #include <string>
 
 #include "support/EnvironmentVariable.h"
+#include "support/SizeLimit.h"
 #include "support/TemporaryDirectory.h"
 
 namespace {
@@ -259,23 +259,6 @@ TEST_F(Refills, ShowTheLargestPeekWhileGoingBackwards) {
     ASSERT_EQ(std::memcmp(found, content_.data() + offset, size), 0);
   }
 }
-
-/// While it lives no file of this process grows beyond `bytes`. The signal that the system sends
-/// for an attempt keeps its deadly default: the file layer must not provoke it.
-class SizeLimit {
- public:
-  explicit SizeLimit(rlim_t bytes) {
-    getrlimit(RLIMIT_FSIZE, &former_);
-    const rlimit limit = {bytes, former_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  SizeLimit(const SizeLimit&) = delete;
-  SizeLimit& operator=(const SizeLimit&) = delete;
-  ~SizeLimit() { setrlimit(RLIMIT_FSIZE, &former_); }
-
- private:
-  rlimit former_{};
-};
 
 TEST(FullDisk, KeepsWhatItRefusesUntilThereIsRoom) {
   const TemporaryDirectory directory;

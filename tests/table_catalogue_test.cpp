@@ -214,21 +214,45 @@ TEST_F(TableCatalogue, AnswersEveryCutAndEveryFlippedBitWithoutHarm) {
   EXPECT_EQ(sampleRows, readTable(name));
 }
 
-TEST_F(TableCatalogue, NeverLeadsOutOfItsDirectories) {
-  const TemporaryDirectory other;
-  const std::string secret = other.write("zvwte_0123456789abcdef", "secret");
+TEST_F(TableCatalogue, NeverLeadsToFilesThatAreNotItsTables) {
   const std::string name = makeSample();
-  Bytes bytes = catalogue(name);
-  const std::string path =
-      "../" + other.path().substr(other.path().rfind('/') + 1) + "/zvwte_0123456789abcdef";
-  const std::string inner = bytes.content().substr(0, 77);
-  std::string changed = bytes.content();
-  changed.replace(89, 23, path + '\0');
-  std::ofstream(directory.file(name), std::ios::binary) << changed;
-  catalogue(name).set<std::uint16_t>(77, static_cast<std::uint16_t>(path.size() + 1)).save();
-  EXPECT_EQ(1784, messageId(ZvbString(readTable(name).front().c_str() + 8)));
-  EXPECT_FALSE(manager->deleteTable(name.c_str(), &error));
-  EXPECT_EQ("secret", TemporaryDirectory::read(secret));
+  const std::string precious = directory.write("precious.txt", "keep me");
+  const Bytes whole = catalogue(name);
+  for (const std::string& foreign : {std::string("precious.txt"), name, std::string("../zvwte_x"),
+                                     std::string("zvwtei_0123456789abcde")}) {
+    std::string changed = whole.content();
+    changed.replace(73 + 16, 23, foreign + '\0');
+    std::ofstream(directory.file(name), std::ios::binary) << changed;
+    catalogue(name)
+        .set<std::uint16_t>(73 + 4, static_cast<std::uint16_t>(foreign.size() + 1))
+        .save();
+    const auto before = contents();
+    EXPECT_EQ(1301, openingFails(name)) << foreign;
+    EXPECT_EQ(1301, messageId(append(name, moreRows)));
+    EXPECT_FALSE(manager->deleteTable(name.c_str(), &error));
+    EXPECT_EQ(before, contents());
+  }
+  whole.save();
+  EXPECT_EQ(sampleRows, readTable(name));
+}
+
+TEST_F(TableCatalogue, KeepsAnAccessKeyOfAnySizeWhenAppendedTo) {
+  const std::string name = makeSample();
+  catalogue(name).set<std::uint16_t>(6, 65535).insert(32, std::string(65534, 'k')).save();
+  EXPECT_EQ(sampleRows, readTable(name));
+  EXPECT_STREQ("", append(name, moreRows).asCstr());
+  EXPECT_EQ(4U, readTable(name).size());
+  EXPECT_EQ(65535, catalogue(name).get<std::uint16_t>(6));
+}
+
+TEST_F(TableCatalogue, OpensRowsWithoutColumnsAndWithoutAnIndexInBoundedTime) {
+  TableHandle table = create({});
+  EXPECT_TRUE(table->writeRow(static_cast<const ZvbDatavar*>(nullptr)));
+  const std::string name = table->getName().asCstr();
+  table.reset();
+  constexpr std::int64_t many = 3'000'000'000;
+  catalogue(name).set(24, many).set<std::uint16_t>(33 + 6, 0).set(33 + 8, many).save();
+  EXPECT_STREQ("", append(name, {}).asCstr());
 }
 
 // ---- Columns

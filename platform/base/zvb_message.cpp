@@ -1,7 +1,9 @@
 #include "base/zvb_message.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdarg>
+#include <iterator>
 #include <system_error>
 
 namespace {
@@ -38,6 +40,14 @@ class Arguments {
   Digits digits_[maximumArguments] = {};
 };
 
+const ZvbMessageEntry* findEntry(int id) noexcept {
+  const auto* const end = std::end(zvbMessageCatalogue);
+  const auto* const found =
+      std::find_if(std::begin(zvbMessageCatalogue), end,
+                   [id](const ZvbMessageEntry& entry) { return entry.id == id; });
+  return found == end ? nullptr : found;
+}
+
 bool isPlaceholder(const char* text) noexcept {
   return text[0] == '%' && text[1] >= '1' && text[1] <= '9';
 }
@@ -70,7 +80,7 @@ ZvbString zvb_get_message(const char* /*sourceFile*/, int /*line*/, const char* 
   message.assign(messageId);
   bool failed = false;
   message.append(": ", &failed);
-  const ZvbMessageEntry* entry = zvbFindMessage(messageId);
+  const ZvbMessageEntry* entry = findEntry(messageId);
   if (entry == nullptr) {
     message.append("a message of this number is not in the catalogue", &failed);
     return message;

@@ -62,15 +62,6 @@ inline constexpr ZvbMessageEntry zvbMessageCatalogue[] = {
 [[nodiscard]] ZvbString zvb_get_message(const char* sourceFile, int line, const char* component,
                                         int messageId, ...) noexcept;
 
-constexpr const ZvbMessageEntry* zvbFindMessage(int id) noexcept {
-  for (const ZvbMessageEntry& entry : zvbMessageCatalogue) {
-    if (entry.id == id) {
-      return &entry;
-    }
-  }
-  return nullptr;
-}
-
 template <typename Argument>
 constexpr char zvbMessageKind() noexcept {
   if constexpr (std::is_convertible_v<Argument, const char*>) {
@@ -86,8 +77,12 @@ constexpr char zvbMessageKind() noexcept {
 template <typename... Arguments>
 constexpr bool zvbMessageTakes(int id) noexcept {
   const char kinds[] = {zvbMessageKind<Arguments>()..., '\0'};
-  const ZvbMessageEntry* entry = zvbFindMessage(id);
-  return entry != nullptr && std::string_view(kinds) == entry->kinds;
+  for (const ZvbMessageEntry& entry : zvbMessageCatalogue) {
+    if (entry.id == id) {
+      return std::string_view(kinds) == entry.kinds;
+    }
+  }
+  return false;
 }
 
 /// zvb_get_message, with the number and the arguments checked against the catalogue.

@@ -295,6 +295,20 @@ bool moveTo(OpenFile& file, std::int64_t offset) noexcept {
   return true;
 }
 
+/// Forgets the unwritten bytes at and behind `offset` of the file.
+void dropUnwritten(OpenFile& file, std::int64_t offset) noexcept {
+  const auto size = static_cast<std::int64_t>(unwritten(file));
+  const std::int64_t kept = std::clamp<std::int64_t>(offset - file.beginOffset, 0, size);
+  if (size == 0 || kept == size) {
+    return;
+  }
+  file.cursor = file.begin + kept;
+  if (kept == 0) {
+    file.flushFailed = false;
+    standAt(file, file.beginOffset);
+  }
+}
+
 using NewFile = std::unique_ptr<OpenFile>;
 
 void handOver(NewFile made, bool isWritable, np_fio_handle* file) noexcept {
@@ -423,6 +437,27 @@ int np_fio_trunc(np_fio_handle file) noexcept {
   const int status = fioSystem::truncate(open.system, end);
   if (status != npFioSuccess) {
     open.status = status;
+  }
+  return status;
+}
+
+int np_fio_cut(np_fio_handle file, std::int64_t size) noexcept {
+  if (file == nullptr || size < 0 || size > largestPosition) {
+    return npFioBadArgument;
+  }
+  OpenFile& open = openFile(file);
+  dropUnwritten(open, size);
+  if (!moveTo(open, size)) {
+    return open.status;
+  }
+  open.loadedSize = 0;
+  if (unwritten(open) == 0) {
+    standAt(open, size);
+  }
+  std::int64_t fileSize = 0;
+  int status = fioSystem::size(open.system, &fileSize);
+  if (status == npFioSuccess && fileSize > size) {
+    status = fioSystem::truncate(open.system, size);
   }
   return status;
 }

@@ -1,13 +1,12 @@
 #include "wtelem/DataElement.h"
 
-#include <algorithm>
 #include <limits>
 #include <memory>
-#include <new>
+#include <string_view>
 #include <utility>
 
-#include "wtelem/ByteOrder.h"
 #include "wtelem/DirectorySearch.h"
+#include "wtelem/FileFields.h"
 #include "wtelem/messages.h"
 
 namespace {
@@ -17,6 +16,7 @@ using valueCodec::Result;
 constexpr int indexEntrySize = 8;             // bytes
 constexpr std::uint32_t recordHeadSize = 16;  // bytes, of an element definition
 constexpr const char* outOfMemoryValue = "(column value)";
+constexpr const char* outOfMemoryPath = "(file path)";
 
 /// More rows cannot be: the offset of an index entry has to fit 63 bits.
 constexpr std::int64_t maximumRowCount = std::numeric_limits<std::int64_t>::max() / indexEntrySize;
@@ -40,10 +40,6 @@ RecordHead loadHead(const unsigned char* bytes, bool swap) noexcept {
           .nameLength = loadField<std::uint16_t>(bytes + 4, swap),
           .indexNameLength = loadField<std::uint16_t>(bytes + 6, swap),
           .rowCount = loadField<std::int64_t>(bytes + 8, swap)};
-}
-
-bool putAll(np_fio_handle file, const void* bytes, std::uint32_t count) noexcept {
-  return np_fio_putb(file, bytes, static_cast<int>(count)) == static_cast<int>(count);
 }
 
 }  // namespace
@@ -76,21 +72,17 @@ bool DataElement::createFiles(int startDirectory) noexcept {
 }
 
 bool DataElement::createFile(File* file, int startDirectory) noexcept {
-  DirectorySearch search;
-  search.directory = startDirectory;
-  if (!makeFile(table_.directories, file->prefix, SearchOrder::around, &search)) {
-    return fail(WT_MESSAGE(noDirectoryTakes,
-                           table_.directories.path(table_.directories.count() - 1), search.status,
-                           np_fio_errdesc(search.status)));
+  const NewFileKind kind{
+      .prefix = file->prefix, .name = file->creatingName, .order = SearchOrder::around};
+  NewFile made;
+  made.directory = startDirectory;
+  if (!makeFile(table_.directories, kind, &made, &errorMessage_)) {
+    return false;
   }
-  file->handle = search.file;
-  file->path.assign(search.path);
-  int status = npFioSuccess;
-  if (!nameOfPath(search.path, &file->name, &status)) {
-    discardNewFile(file);
-    return fail(WT_MESSAGE(pathNotSplit, file->creatingName, status, np_fio_errdesc(status)));
-  }
-  directory_ = search.directory;
+  file->handle = made.handle;
+  file->name = std::move(made.name);
+  file->path = std::move(made.path);
+  directory_ = made.directory;
   return true;
 }
 
@@ -135,30 +127,39 @@ bool DataElement::openFileOf(File* file, int mode) noexcept {
   file->handle = search.file;
   file->path.assign(search.path);
   directory_ = search.directory;
-  return true;
+  return !file->path.memoryShort() || fail(WT_MESSAGE(outOfMemory, outOfMemoryPath));
 }
 
 bool DataElement::close() noexcept {
-  if (torn_ && data_.handle != nullptr) {
-    torn_ =
-        !(cutFile(index_.handle, rowCount_ * indexEntrySize) && cutFile(data_.handle, dataSize_));
-  }
-  const bool indexClosed = flushAndClose(&index_, true);
-  const bool dataClosed = flushAndClose(&data_, indexClosed);
-  resetPosition();
-  return indexClosed && dataClosed;
+  const int status = bringToFiles();
+  abandon();
+  return status == npFioSuccess || fail(WT_MESSAGE(flushFailed, np_fio_errdesc(status)));
 }
 
-bool DataElement::flushAndClose(File* file, bool reportFailure) noexcept {
-  if (file->handle == nullptr) {
-    return true;
-  }
-  const int status = table_.openedForReading ? npFioSuccess : np_fio_bufmode(file->handle, 0);
-  np_fio_close(std::exchange(file->handle, nullptr));
-  if (status != npFioSuccess && reportFailure) {
+bool DataElement::closeFull() noexcept {
+  const int status = bringToFiles();
+  if (status != npFioSuccess) {
+    --rowCount_;
+    dataSize_ = lastRowStart_;
+    torn_ = true;
     return fail(WT_MESSAGE(flushFailed, np_fio_errdesc(status)));
   }
-  return status == npFioSuccess;
+  abandon();
+  return true;
+}
+
+/// Flushes what was written, without what a failed row left; the status of the first failure.
+int DataElement::bringToFiles() noexcept {
+  if (table_.openedForReading || data_.handle == nullptr) {
+    return npFioSuccess;
+  }
+  int status = torn_ ? cutBackTo(rowCount_, dataSize_) : npFioSuccess;
+  for (File* file : {&index_, &data_}) {
+    if (status == npFioSuccess && file->handle != nullptr) {
+      status = np_fio_bufmode(file->handle, 0);
+    }
+  }
+  return status;
 }
 
 void DataElement::abandon() noexcept {
@@ -181,23 +182,31 @@ bool DataElement::remove() noexcept {
     return true;
   }
   (void)close();
-  const bool indexGone = index_.name.isEmpty() || unlinkFile(&index_, true);
-  const bool dataGone = unlinkFile(&data_, indexGone);
+  const bool indexGone = index_.name.isEmpty() || unlinkFile(&index_);
+  ZvbString firstFailure = errorMessage_;
+  const bool dataGone = unlinkFile(&data_);
+  if (!indexGone) {
+    errorMessage_ = std::move(firstFailure);
+  }
   return indexGone && dataGone;
 }
 
-bool DataElement::unlinkFile(File* file, bool reportFailure) noexcept {
-  ZvbString earlier = errorMessage_;
-  if (file->path.isEmpty() && !openFileOf(file, npFioRead)) {
-    errorMessage_ = reportFailure ? errorMessage_ : earlier;
+bool DataElement::unlinkFile(File* file) noexcept {
+  if (!findFile(file)) {
     return false;
   }
-  np_fio_close(std::exchange(file->handle, nullptr));
   const int status = np_fio_unlink(file->path.asCstr());
-  if (status != npFioSuccess && reportFailure) {
-    return fail(WT_MESSAGE(deleteFailed, np_fio_errdesc(status)));
+  return status == npFioSuccess || fail(WT_MESSAGE(deleteFailed, np_fio_errdesc(status)));
+}
+
+/// Makes the file's path known.
+bool DataElement::findFile(File* file) noexcept {
+  if (!file->path.isEmpty()) {
+    return true;
   }
-  return status == npFioSuccess;
+  const bool found = openFileOf(file, npFioRead);
+  np_fio_close(std::exchange(file->handle, nullptr));
+  return found;
 }
 
 bool DataElement::sizeOf(const File& file, std::int64_t* size) noexcept {
@@ -212,10 +221,8 @@ bool DataElement::sizeOf(const File& file, std::int64_t* size) noexcept {
 
 bool DataElement::measure(std::int64_t* dataBytes, std::int64_t* indexBytes) noexcept {
   *indexBytes = 0;
-  const bool measured = open(true) && sizeOf(data_, dataBytes) &&
-                        (index_.name.isEmpty() || sizeOf(index_, indexBytes));
-  abandon();
-  return measured;
+  return findFile(&data_) && sizeOf(data_, dataBytes) &&
+         (index_.name.isEmpty() || (findFile(&index_) && sizeOf(index_, indexBytes)));
 }
 
 // ---- The definition record
@@ -250,28 +257,29 @@ bool DataElement::readDefinition(np_fio_handle catalogue) noexcept {
        np_fio_seek64(catalogue, std::int64_t{head.length} - recordHeadSize, npFioFromHere) < 0)) {
     return fail(WT_MESSAGE(surplusNotSkipped));
   }
-  const std::size_t capacity = std::size_t{std::max(head.nameLength, head.indexNameLength)} + 1;
-  const std::unique_ptr<char[]> buffer(new (std::nothrow) char[capacity]);
-  if (buffer == nullptr) {
-    return fail(WT_MESSAGE(outOfMemory, "(element name)"));
-  }
-  if (!readName(catalogue, buffer.get(), head.nameLength, "element name", &data_.name) ||
-      !readName(catalogue, buffer.get(), head.indexNameLength, "element index name",
-                &index_.name)) {
+  if (!readName(catalogue, head.nameLength, "element name", &data_) ||
+      !readName(catalogue, head.indexNameLength, "element index name", &index_)) {
     return false;
   }
   rowCount_ = head.rowCount;
   return true;
 }
 
-bool DataElement::readName(np_fio_handle catalogue, char* buffer, std::uint16_t length,
-                           const char* what, ZvbString* name) noexcept {
-  if (length != 0 && np_fio_getb(catalogue, buffer, length) != length) {
+/// Reads a file's name. One that no element file can have is damage: a catalogue must not lead to
+/// files that are not its table's.
+bool DataElement::readName(np_fio_handle catalogue, std::uint16_t length, const char* what,
+                           File* file) noexcept {
+  bool complete = false;
+  const std::unique_ptr<char[]> name = readStoredName(catalogue, length, &complete);
+  if (name == nullptr) {
+    return fail(WT_MESSAGE(outOfMemory, "(element name)"));
+  }
+  const std::string_view text = name.get();
+  if (!complete || !(text.empty() || text.starts_with(file->prefix))) {
     return fail(WT_MESSAGE(shortRead, what));
   }
-  buffer[length] = '\0';
-  name->assign(buffer);
-  return !name->memoryShort() || fail(WT_MESSAGE(outOfMemory, "(element name)"));
+  file->name.assign(name.get());
+  return !file->name.memoryShort() || fail(WT_MESSAGE(outOfMemory, "(element name)"));
 }
 
 // ---- Writing rows
@@ -279,7 +287,7 @@ bool DataElement::readName(np_fio_handle catalogue, char* buffer, std::uint16_t 
 bool DataElement::writeRow(const ZvbDatavar* const* values, bool* elementFull) noexcept {
   *elementFull = false;
   if (torn_) {
-    if (!cutFile(index_.handle, rowCount_ * indexEntrySize) || !cutFile(data_.handle, dataSize_)) {
+    if (cutBackTo(rowCount_, dataSize_) != npFioSuccess) {
       return fail(WT_MESSAGE(shortWrite));
     }
     torn_ = false;
@@ -290,6 +298,7 @@ bool DataElement::writeRow(const ZvbDatavar* const* values, bool* elementFull) n
     torn_ = true;
     return failAfter(result, WT_MESSAGE(shortWrite));
   }
+  lastRowStart_ = dataSize_;
   dataSize_ = size;
   ++rowCount_;
   *elementFull = table_.maxElementSize > 0 && dataSize_ > table_.maxElementSize;
@@ -312,9 +321,11 @@ Result DataElement::encodeRow(const ZvbDatavar* const* values, std::int64_t* siz
   return Result::done;
 }
 
-bool DataElement::cutFile(np_fio_handle file, std::int64_t size) noexcept {
-  return file == nullptr ||
-         (np_fio_seek64(file, size, npFioFromStart) == size && np_fio_trunc(file) == npFioSuccess);
+/// Makes both files end behind `rows` rows of `dataSize` bytes; the status of the first failure.
+int DataElement::cutBackTo(std::int64_t rows, std::int64_t dataSize) noexcept {
+  const int status =
+      index_.handle == nullptr ? npFioSuccess : np_fio_cut(index_.handle, rows * indexEntrySize);
+  return status == npFioSuccess ? np_fio_cut(data_.handle, dataSize) : status;
 }
 
 /// Makes the files end where the last counted row ends. Files that do not hold all of the counted
@@ -327,48 +338,48 @@ bool DataElement::cutToRows() noexcept {
     return false;
   }
   std::int64_t end = 0;
-  if (!findEndOfRows(dataFileSize, indexFileSize, &end)) {
+  if (indexFileSize < rowCount_ * indexEntrySize || !findEndOfRows(dataFileSize, &end)) {
     return fail(WT_MESSAGE(shortRead, "row offset"));
   }
-  if ((indexFileSize > rowCount_ * indexEntrySize &&
-       !cutFile(index_.handle, rowCount_ * indexEntrySize)) ||
-      (dataFileSize > end && !cutFile(data_.handle, end))) {
-    return fail(WT_MESSAGE(flushFailed, np_fio_errdesc(np_fio_status(data_.handle))));
+  const int status = cutBackTo(rowCount_, end);
+  if (status != npFioSuccess) {
+    return fail(WT_MESSAGE(flushFailed, np_fio_errdesc(status)));
   }
   resetPosition();
   dataSize_ = end;
   return true;
 }
 
-/// Finds where the last counted row ends by passing over its values. Without an index every row has
-/// to be passed over.
-bool DataElement::findEndOfRows(std::int64_t dataFileSize, std::int64_t indexFileSize,
-                                std::int64_t* end) noexcept {
-  *end = 0;
-  if (rowCount_ == 0) {
-    return true;
-  }
-  std::int64_t rowsToPass = rowCount_;
-  if (index_.handle != nullptr) {
-    const std::int64_t lastEntry = (rowCount_ - 1) * indexEntrySize;
-    rowsToPass = 1;
-    if (indexFileSize < rowCount_ * indexEntrySize ||
-        np_fio_seek64(index_.handle, lastEntry, npFioFromStart) != lastEntry ||
-        !readIndexEntry(end) || *end < 0 || *end > dataFileSize) {
-      return false;
-    }
-  }
-  if (np_fio_seek64(data_.handle, *end, npFioFromStart) != *end) {
+/// Finds where the last counted row ends by passing over its values.
+bool DataElement::findEndOfRows(std::int64_t dataFileSize, std::int64_t* end) noexcept {
+  std::int64_t rowsToPass = 0;
+  if (!findLastRow(&rowsToPass)) {
     return false;
   }
-  readOffset_ = *end;
-  for (std::int64_t row = 0; row < rowsToPass; ++row) {
-    if (!passRest(0) || readOffset_ > dataFileSize) {
+  for (; rowsToPass > 0 && readOffset_ <= dataFileSize; --rowsToPass) {
+    if (!passRest(0)) {
       return false;
     }
   }
   *end = readOffset_;
-  return true;
+  return readOffset_ <= dataFileSize;
+}
+
+/// Places the data file at the last counted row, or, where no index tells where that is, at the
+/// first one. Rows without columns take no bytes and need not be passed.
+bool DataElement::findLastRow(std::int64_t* rowsToPass) noexcept {
+  std::int64_t start = 0;
+  *rowsToPass = table_.columnCount == 0 ? 0 : rowCount_;
+  if (index_.handle != nullptr && rowCount_ > 0) {
+    const std::int64_t lastEntry = (rowCount_ - 1) * indexEntrySize;
+    *rowsToPass = 1;
+    if (np_fio_seek64(index_.handle, lastEntry, npFioFromStart) != lastEntry ||
+        !readIndexEntry(&start) || start < 0) {
+      return false;
+    }
+  }
+  readOffset_ = start;
+  return np_fio_seek64(data_.handle, start, npFioFromStart) == start;
 }
 
 // ---- Reading rows
@@ -426,16 +437,10 @@ bool DataElement::readIndexEntry(std::int64_t* offset) noexcept {
 bool DataElement::readRow(ZvbDatavar* const* targets, int valueCount, bool* endOfData) noexcept {
   const bool backwards = table_.readsBackwards;
   *endOfData = false;
-  if (backwards && !positioned_) {
-    if (rowCount_ == 0) {
-      *endOfData = true;
-      return false;
-    }
-    if (!seekRow(rowCount_ - 1)) {
-      return false;
-    }
+  if (backwards && !positioned_ && rowCount_ > 0 && !seekRow(rowCount_ - 1)) {
+    return false;
   }
-  if (backwards ? currentRow_ < 0 : currentRow_ >= rowCount_) {
+  if (backwards ? currentRow_ < 0 || rowCount_ == 0 : currentRow_ >= rowCount_) {
     *endOfData = true;
     return false;
   }
@@ -446,16 +451,28 @@ bool DataElement::readRow(ZvbDatavar* const* targets, int valueCount, bool* endO
   int columnsRead = 0;
   const Result result = decodeRow(targets, valueCount, &columnsRead);
   if (result != Result::done) [[unlikely]] {
-    readOffset_ = np_fio_seek64(data_.handle, 0, npFioFromHere);
+    standAtCurrentRow();
     return failAfter(result, WT_MESSAGE(shortRead, "column"));
   }
-  if (backwards) {
-    return placeBackwards();
+  return backwards ? placeBackwards() : placeForwards(valueCount, columnsRead);
+}
+
+/// After a row that could not be read: the index leads to the next one, so that a damaged row costs
+/// only itself. Without an index reading goes on where it stopped.
+void DataElement::standAtCurrentRow() noexcept {
+  const std::int64_t row = currentRow_;
+  if (index_.handle != nullptr && row >= 0 && row < rowCount_) {
+    currentRow_ = rowCount_;  // so that no shortcut is taken
+    positioned_ = true;
+    (void)seekRow(row);
+    currentRow_ = row;
+  } else {
+    readOffset_ = np_fio_seek64(data_.handle, 0, npFioFromHere);
   }
-  if (index_.handle == nullptr) {
-    return passRest(columnsRead) || fail(WT_MESSAGE(shortRead, "column"));
-  }
-  return placeForwards(valueCount != 0 && columnsRead == table_.columnCount);
+}
+
+valueCodec::Source DataElement::valueSource() const noexcept {
+  return {.file = data_.handle, .swap = table_.otherByteOrder, .buffer = &table_.stringBuffer};
 }
 
 /// Steps over the index entry of row 0, which nothing needs: row 0 begins where the file begins.
@@ -468,8 +485,7 @@ bool DataElement::enterFirstRow() noexcept {
 
 Result DataElement::decodeRow(ZvbDatavar* const* targets, int valueCount,
                               int* columnsRead) noexcept {
-  const valueCodec::Source source{
-      .file = data_.handle, .swap = table_.otherByteOrder, .buffer = &table_.stringBuffer};
+  const valueCodec::Source source = valueSource();
   const ColumnDefinition* columns = table_.columns.get();
   const int columnCount = table_.columnCount;
   int column = 0;
@@ -495,8 +511,7 @@ Result DataElement::decodeRow(ZvbDatavar* const* targets, int valueCount,
 
 /// Passes over the columns of a row that were not read, value by value.
 bool DataElement::passRest(int columnsRead) noexcept {
-  const valueCodec::Source source{
-      .file = data_.handle, .swap = table_.otherByteOrder, .buffer = &table_.stringBuffer};
+  const valueCodec::Source source = valueSource();
   for (int column = columnsRead; column < table_.columnCount; ++column) {
     if (valueCodec::decodeValue(source, nullptr, &readOffset_) != Result::done) {
       return false;
@@ -508,7 +523,11 @@ bool DataElement::passRest(int columnsRead) noexcept {
 /// Moves on to the next row: it follows by itself when the whole row was read, else the index
 /// tells. The index is then read for every row of the pass, so it always stands at the next row's
 /// entry.
-bool DataElement::placeForwards(bool wholeRowRead) noexcept {
+bool DataElement::placeForwards(int valueCount, int columnsRead) noexcept {
+  if (index_.handle == nullptr) {
+    return passRest(columnsRead) || fail(WT_MESSAGE(shortRead, "column"));
+  }
+  const bool wholeRowRead = valueCount != 0 && columnsRead == table_.columnCount;
   if (wholeRowRead || currentRow_ >= rowCount_) {
     return true;
   }

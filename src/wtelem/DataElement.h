@@ -29,6 +29,9 @@ class DataElement {
   /// where bytes that no counted row owns (of a writer that was killed) are cut off first.
   [[nodiscard]] bool open(bool readOnly) noexcept;
   [[nodiscard]] bool close() noexcept;
+  /// Closes an element that its last row has filled. When that fails, the row is taken back and the
+  /// element stays open with the rows it had before.
+  [[nodiscard]] bool closeFull() noexcept;
   /// Closes without bringing anything to the files: what a failed opening leaves behind.
   void abandon() noexcept;
   /// Deletes both files, finding them first if need be.
@@ -70,27 +73,30 @@ class DataElement {
   bool createFile(File* file, int startDirectory) noexcept;
   void discardNewFile(File* file) noexcept;
   bool openFileOf(File* file, int mode) noexcept;
-  bool flushAndClose(File* file, bool reportFailure) noexcept;
-  void resetPosition() noexcept;
+  bool findFile(File* file) noexcept;
+  bool unlinkFile(File* file) noexcept;
   bool sizeOf(const File& file, std::int64_t* size) noexcept;
-  bool unlinkFile(File* file, bool reportFailure) noexcept;
-  bool readName(np_fio_handle catalogue, char* buffer, std::uint16_t length, const char* what,
-                ZvbString* name) noexcept;
+  int bringToFiles() noexcept;
+  void resetPosition() noexcept;
+  bool readName(np_fio_handle catalogue, std::uint16_t length, const char* what,
+                File* file) noexcept;
 
+  int cutBackTo(std::int64_t rows, std::int64_t dataSize) noexcept;
   bool cutToRows() noexcept;
-  bool findEndOfRows(std::int64_t dataFileSize, std::int64_t indexFileSize,
-                     std::int64_t* end) noexcept;
-  bool cutFile(np_fio_handle file, std::int64_t size) noexcept;
+  bool findEndOfRows(std::int64_t dataFileSize, std::int64_t* end) noexcept;
+  bool findLastRow(std::int64_t* rowsToPass) noexcept;
   valueCodec::Result encodeRow(const ZvbDatavar* const* values, std::int64_t* size) noexcept;
 
   bool seekToEnd() noexcept;
   bool readIndexEntry(std::int64_t* offset) noexcept;
   bool enterFirstRow() noexcept;
+  [[nodiscard]] valueCodec::Source valueSource() const noexcept;
   valueCodec::Result decodeRow(ZvbDatavar* const* targets, int valueCount,
                                int* columnsRead) noexcept;
-  bool placeForwards(bool wholeRowRead) noexcept;
-  bool placeBackwards() noexcept;
   bool passRest(int columnsRead) noexcept;
+  bool placeForwards(int valueCount, int columnsRead) noexcept;
+  bool placeBackwards() noexcept;
+  void standAtCurrentRow() noexcept;
 
   TableState& table_;
   ZvbString errorMessage_;
@@ -107,10 +113,11 @@ class DataElement {
   std::int64_t rowCount_ = 0;
   int directory_ = 0;  // where the files were last made or found
 
-  std::int64_t currentRow_ = 0;  // the next row to read, in the direction of reading
-  std::int64_t readOffset_ = 0;  // of the data file while reading
-  std::int64_t dataSize_ = 0;    // where the next row written begins
-  bool fresh_ = true;            // the first entry of the index has yet to be stepped over
-  bool positioned_ = false;      // placed at a row by its number
-  bool torn_ = false;            // part of a failed row lies behind the last good one
+  std::int64_t currentRow_ = 0;    // the next row to read, in the direction of reading
+  std::int64_t readOffset_ = 0;    // of the data file while reading
+  std::int64_t dataSize_ = 0;      // where the next row written begins
+  std::int64_t lastRowStart_ = 0;  // where the last row written begins
+  bool fresh_ = true;              // the first entry of the index has yet to be stepped over
+  bool positioned_ = false;        // placed at a row by its number
+  bool torn_ = false;              // part of a failed row lies behind the last good one
 };

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
+
+#include "wtelem/messages.h"
 
 namespace {
 
@@ -32,20 +35,44 @@ void setPath(DirectorySearch* search, const char* text) noexcept {
   search->path[sizeof search->path - 1] = '\0';
 }
 
+/// Fills in path and name of a file just made; the status.
+int describe(const char* path, NewFile* made) noexcept {
+  char directoryPart[npFioPathSize];
+  char namePart[npFioPathSize];
+  const int status =
+      np_fio_pparse(path, directoryPart, sizeof directoryPart, namePart, sizeof namePart);
+  if (status != npFioSuccess) {
+    return status;
+  }
+  made->path.assign(path);
+  made->name.assign(namePart);
+  return made->path.memoryShort() || made->name.memoryShort() ? npFioNoMemory : npFioSuccess;
+}
+
 }  // namespace
 
-bool makeFile(const TempDirectories& directories, const char* prefix, SearchOrder order,
-              DirectorySearch* search) noexcept {
-  Visits visits(directories.count(), search->directory, order);
+bool makeFile(const TempDirectories& directories, const NewFileKind& kind, NewFile* made,
+              ZvbString* error) noexcept {
+  Visits visits(directories.count(), made->directory, kind.order);
+  char path[npFioPathSize];
+  int status = npFioNotFound;
   while (visits.more()) {
     const int directory = visits.next();
-    search->status = np_fio_tmpfile(directories.path(directory), prefix, search->path,
-                                    sizeof search->path, &search->file);
-    if (search->status == npFioSuccess) {
-      search->directory = directory;
-      return true;
+    status =
+        np_fio_tmpfile(directories.path(directory), kind.prefix, path, sizeof path, &made->handle);
+    if (status == npFioSuccess) {
+      made->directory = directory;
+      status = describe(path, made);
+      if (status != npFioSuccess) {
+        np_fio_close(std::exchange(made->handle, nullptr));
+        (void)np_fio_unlink(path);
+        *error = WT_MESSAGE(pathNotSplit, kind.name, status, np_fio_errdesc(status));
+      }
+      return status == npFioSuccess;
     }
   }
+  *error = WT_MESSAGE(noDirectoryTakes, directories.path(directories.count() - 1), status,
+                      np_fio_errdesc(status));
   return false;
 }
 
@@ -71,19 +98,4 @@ bool openFile(const TempDirectories& directories, const char* name, int mode, Se
     }
   }
   return false;
-}
-
-bool nameOfPath(const char* path, ZvbString* name, int* status) noexcept {
-  char directoryPart[npFioPathSize];
-  char namePart[npFioPathSize];
-  *status = np_fio_pparse(path, directoryPart, sizeof directoryPart, namePart, sizeof namePart);
-  if (*status != npFioSuccess) {
-    return false;
-  }
-  name->assign(namePart);
-  if (name->memoryShort()) {
-    *status = npFioNoMemory;
-    return false;
-  }
-  return true;
 }

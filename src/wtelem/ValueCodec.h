@@ -5,10 +5,8 @@
 ///   date      8 bytes, a double
 ///   integer   8 bytes, two's complement
 ///   real      24 bytes, the packed form of ZvbReal
-///   text      its length, then the text with its terminating zero; the length counts the
-///   terminator
-///             and takes 1 byte below 128, else 4 bytes, big-endian, with bit 7 of the first one
-///             set
+///   text      its length, then the text with its terminating zero; the length counts that zero and
+///             takes 1 byte below 128, else 4 bytes, big-endian, with bit 7 of the first one set
 ///
 /// Dates, integers and reals are in the byte order of the machine that wrote them.
 /// All of it is inline: writing and reading rows is little else than this.
@@ -20,8 +18,8 @@
 
 #include "base/ZvbDatavar.h"
 #include "fio/np_fio.h"
-#include "wtelem/ByteOrder.h"
 #include "wtelem/ColumnDefinition.h"
+#include "wtelem/FileFields.h"
 #include "wtelem/StringReadBuffer.h"
 
 namespace valueCodec {

@@ -1,17 +1,16 @@
 /// The catalogue file's bytes. docs/file-format.md has the tables that this follows.
 
-#include <cstring>
+#include <limits>
 #include <new>
 #include <utility>
 
-#include "wtelem/ByteOrder.h"
+#include "wtelem/FileFields.h"
 #include "wtelem/messages.h"
 #include "wtfile/ZVWTFileImpl.h"
 
 namespace {
 
 constexpr std::uint16_t byteOrderMark = 1;
-constexpr std::int16_t writtenVersion = 100;  // hundredths: 1.0
 constexpr int highestMajorVersion = 1;
 constexpr int highestMinorVersion = 0;
 constexpr int fixedHeaderSize = 32;  // bytes
@@ -74,23 +73,6 @@ ColumnHead loadColumnHead(const unsigned char* bytes, bool swap) noexcept {
           .nameLength = loadField<std::uint32_t>(bytes + 4, swap),
           .width = loadField<std::int32_t>(bytes + 8, swap),
           .maxLength = loadField<std::int32_t>(bytes + 12, swap)};
-}
-
-bool putAll(np_fio_handle file, const void* bytes, unsigned count) noexcept {
-  return np_fio_putb(file, bytes, static_cast<int>(count)) == static_cast<int>(count);
-}
-
-/// Reads `length` bytes of stored text; the terminator is set here, whatever the file holds. Null
-/// when memory is short; *complete tells whether the file had all of the bytes.
-std::unique_ptr<char[]> readText(np_fio_handle file, std::uint32_t length,
-                                 bool* complete) noexcept {
-  std::unique_ptr<char[]> text(new (std::nothrow) char[std::size_t{length} + 1]);
-  if (text != nullptr) {
-    const int wanted = static_cast<int>(length);
-    *complete = wanted == 0 || np_fio_getb(file, text.get(), wanted) == wanted;
-    text[length] = '\0';
-  }
-  return text;
 }
 
 }  // namespace
@@ -200,7 +182,7 @@ bool ZVWTFileImpl::readFixedHeader(std::uint32_t* columnCount,
 
 bool ZVWTFileImpl::readAccessKey(std::uint16_t length) noexcept {
   bool complete = false;
-  const std::unique_ptr<char[]> text = readText(header_, length, &complete);
+  const std::unique_ptr<char[]> text = readStoredName(header_, length, &complete);
   if (text == nullptr) {
     return fail(WT_MESSAGE(outOfMemory, "(access key)"));
   }
@@ -222,7 +204,8 @@ std::int64_t ZVWTFileImpl::remainingHeaderBytes() const noexcept {
 }
 
 bool ZVWTFileImpl::readColumnDefinitions(std::uint32_t count) noexcept {
-  if (count > remainingHeaderBytes() / columnHeadSize) {
+  if (count > std::numeric_limits<std::int32_t>::max() ||
+      count > remainingHeaderBytes() / columnHeadSize) {
     return fail(WT_MESSAGE(shortRead, "column definition"));
   }
   if (!allocateColumns(count)) {
@@ -249,7 +232,7 @@ bool ZVWTFileImpl::readColumnDefinition(ColumnDefinition* column) noexcept {
     return fail(WT_MESSAGE(shortRead, "column name"));
   }
   bool complete = false;
-  const std::unique_ptr<char[]> name = readText(header_, head.nameLength, &complete);
+  const std::unique_ptr<char[]> name = readStoredName(header_, head.nameLength, &complete);
   if (name == nullptr) {
     return fail(WT_MESSAGE(outOfMemory, "(column name)"));
   }
@@ -271,7 +254,8 @@ bool ZVWTFileImpl::readElementDefinitions(std::uint32_t count) noexcept {
   elements_.reset();
   elementCount_ = 0;
   elementCapacity_ = 0;
-  if (count > remainingHeaderBytes() / elementHeadSize) {
+  if (count > std::numeric_limits<std::int32_t>::max() ||
+      count > remainingHeaderBytes() / elementHeadSize) {
     return fail(WT_MESSAGE(shortRead, "element definition"));
   }
   elements_.reset(new (std::nothrow) std::unique_ptr<DataElement>[count]);

@@ -11,12 +11,15 @@
 
 bool ZVWTFileImpl::open(const ZvbString& name, bool forReading, const RowRange* range,
                         bool backwards) noexcept {
+  if (!close()) {
+    return false;
+  }
   startClean(forReading, backwards);
   if (headerPath_.isEmpty()) {
     name_ = name;
   }
-  const bool opened = openHeaderFile(forReading ? npFioRead : npFioOnlyWriter) &&
-                      readCatalogue(forReading) && takeRange(range) &&
+  const bool opened = openHeaderFile(forReading ? npFioRead : npFioOnlyWriter) && readHeader() &&
+                      (forReading || refuseOtherByteOrder()) && takeRange(range) &&
                       (forReading ? startReading() : startAppending());
   if (!opened) {
     abandonOpening();
@@ -24,9 +27,8 @@ bool ZVWTFileImpl::open(const ZvbString& name, bool forReading, const RowRange* 
   return opened;
 }
 
-/// Ends an earlier use of the object; nothing of it shows in the next one.
+/// Nothing of an earlier use of the object shows in the next one.
 void ZVWTFileImpl::startClean(bool forReading, bool backwards) noexcept {
-  (void)close();
   state_.openedForReading = forReading;
   state_.readsBackwards = backwards;
   state_.otherByteOrder = false;
@@ -69,19 +71,15 @@ bool ZVWTFileImpl::openHeaderFile(int mode) noexcept {
   header_ = search.file;
   directory_ = search.directory;
   headerPath_.assign(search.path);
-  return true;
+  return !headerPath_.memoryShort() || fail(WT_MESSAGE(outOfMemory, "(file path)"));
 }
 
-bool ZVWTFileImpl::readCatalogue(bool forReading) noexcept {
-  if (!readHeader()) {
-    return false;
-  }
-  if (!forReading && state_.otherByteOrder) {
-    return fail(WT_MESSAGE(openFailed, headerPath_.asCstr(),
-                           "it was written on a machine of the other byte order, so it can be read "
-                           "but not appended to"));
-  }
-  return true;
+/// A catalogue is written in this machine's byte order: its elements would no longer fit it.
+bool ZVWTFileImpl::refuseOtherByteOrder() noexcept {
+  return !state_.otherByteOrder ||
+         fail(WT_MESSAGE(openFailed, headerPath_.asCstr(),
+                         "it was written on a machine of the other byte order, so it can be read "
+                         "but not appended to"));
 }
 
 bool ZVWTFileImpl::takeRange(const RowRange* range) noexcept {

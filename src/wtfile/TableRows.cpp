@@ -50,8 +50,11 @@ bool ZVWTFileImpl::writeRow(const ZvbDatavar* const* values) noexcept {
   if (!current_->writeRow(values, &elementFull)) {
     return failAs(*current_);
   }
-  if (elementFull && !closeFullElement()) {
-    return false;
+  if (elementFull) {
+    if (!current_->closeFull()) {
+      return failAs(*current_);
+    }
+    current_ = nullptr;
   }
   ++rowCount_;
   ++rowPosition_;
@@ -59,9 +62,6 @@ bool ZVWTFileImpl::writeRow(const ZvbDatavar* const* values) noexcept {
 }
 
 bool ZVWTFileImpl::startElement() noexcept {
-  if (lost_) {
-    return false;
-  }
   if (elementCount_ == elementCapacity_ && !growElements()) {
     return fail(WT_MESSAGE(outOfMemory, "(data element array)"));
   }
@@ -91,17 +91,6 @@ bool ZVWTFileImpl::growElements() noexcept {
   return true;
 }
 
-/// A full element whose bytes do not reach the disk has lost rows that were accepted: the table can
-/// take no more rows and its close fails.
-bool ZVWTFileImpl::closeFullElement() noexcept {
-  DataElement* element = std::exchange(current_, nullptr);
-  if (!element->close()) {
-    lost_ = true;
-    return failAs(*element);
-  }
-  return true;
-}
-
 // ---- Reading
 
 bool ZVWTFileImpl::readRow(ZvbDatavar* values, bool* endOfTable) noexcept {
@@ -128,12 +117,10 @@ bool ZVWTFileImpl::readRow(ZvbDatavar* const* values, bool* endOfTable) noexcept
       return false;
     }
     bool endOfData = false;
-    if (current_->readRow(values, valueCount, &endOfData)) {
-      rowPosition_ += state_.readsBackwards ? -1 : 1;
-      return true;
-    }
+    const bool read = current_->readRow(values, valueCount, &endOfData);
     if (!endOfData) {
-      return failAs(*current_);
+      rowPosition_ += state_.readsBackwards ? -1 : 1;
+      return read || failAs(*current_);
     }
     leaveElement();
   }

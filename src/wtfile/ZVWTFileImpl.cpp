@@ -9,7 +9,6 @@
 namespace {
 
 constexpr const char* tablePrefix = "zvwt_";
-constexpr std::int16_t writtenVersion = 100;  // hundredths
 
 }  // namespace
 
@@ -18,7 +17,7 @@ ZVWTFileImpl::ZVWTFileImpl(const TempDirectories& directories) noexcept
 
 ZVWTFileImpl::~ZVWTFileImpl() {
   (void)ZVWTFileImpl::close();
-  if (createdHere_ && !errorMessage_.isEmpty()) {
+  if (createdHere_ && failed_) {
     (void)removeFiles();
   }
 }
@@ -27,16 +26,17 @@ void ZVWTFileImpl::release() noexcept { delete this; }
 
 bool ZVWTFileImpl::fail(ZvbString text) noexcept {
   errorMessage_ = std::move(text);
+  failed_ = true;
   return false;
 }
 
 bool ZVWTFileImpl::failAs(const DataElement& element) noexcept {
-  errorMessage_ = element.getErrorMessage();
-  return false;
+  return fail(element.getErrorMessage());
 }
 
 bool ZVWTFileImpl::unavailable(const char* operation) noexcept {
-  return fail(WT_MESSAGE(notAvailable, operation));
+  errorMessage_ = WT_MESSAGE(notAvailable, operation);
+  return false;
 }
 
 // ---- Creating
@@ -52,22 +52,16 @@ bool ZVWTFileImpl::create(int columnCount, int sortColumnCount,
   if (sortColumnCount != 0) {
     return unavailable("Sorting");
   }
-  DirectorySearch search;
-  search.directory = directory_;
-  if (!makeFile(state_.directories, tablePrefix, SearchOrder::toTheEnd, &search)) {
-    return fail(WT_MESSAGE(noDirectoryTakes,
-                           state_.directories.path(state_.directories.count() - 1), search.status,
-                           np_fio_errdesc(search.status)));
+  const NewFileKind kind{.prefix = tablePrefix, .name = "header", .order = SearchOrder::toTheEnd};
+  NewFile made;
+  made.directory = directory_;
+  if (!makeFile(state_.directories, kind, &made, &errorMessage_)) {
+    return false;
   }
-  directory_ = search.directory;
-  header_ = search.file;
-  headerPath_.assign(search.path);
-  int status = npFioSuccess;
-  if (!nameOfPath(search.path, &name_, &status)) {
-    closeHeader();
-    (void)np_fio_unlink(search.path);
-    return fail(WT_MESSAGE(pathNotSplit, "header", status, np_fio_errdesc(status)));
-  }
+  directory_ = made.directory;
+  header_ = made.handle;
+  headerPath_ = std::move(made.path);
+  name_ = std::move(made.name);
   mode_ = Mode::writing;
   return true;
 }
@@ -156,9 +150,9 @@ bool ZVWTFileImpl::close() noexcept {
 }
 
 bool ZVWTFileImpl::closeWritten() noexcept {
-  bool closed = !std::exchange(lost_, false);
+  bool closed = true;
   if (current_ != nullptr) {
-    closed = (current_->close() || failAs(*current_)) && closed;
+    closed = current_->close() || failAs(*current_);
     current_ = nullptr;
   }
   if (header_ != nullptr) {
@@ -200,10 +194,13 @@ bool ZVWTFileImpl::removeFiles() noexcept {
     }
     element.reset();
   }
-  const int status = np_fio_unlink(headerPath_.asCstr());
-  if (status != npFioSuccess && removed) {
-    return fail(WT_MESSAGE(deleteFailed, np_fio_errdesc(status)));
+  elementCount_ = 0;
+  // Nothing is left to do when a failed close of a written table has removed it.
+  const int status = headerPath_.isEmpty() ? npFioSuccess : np_fio_unlink(headerPath_.asCstr());
+  if (status != npFioSuccess) {
+    return removed && fail(WT_MESSAGE(deleteFailed, np_fio_errdesc(status)));
   }
+  headerPath_.setNull();
   return removed;
 }
 

@@ -72,12 +72,14 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   /// Closes, then deletes the elements' files and the catalogue.
   [[nodiscard]] bool removeFiles() noexcept;
 
-  /// The sizes of the table's files, of a table that is closed or being read.
+  /// The sizes of the table's files.
   [[nodiscard]] bool measure(TableSizes* sizes) noexcept;
   [[nodiscard]] int elementCount() const noexcept { return elementCount_; }
   [[nodiscard]] std::int64_t maxElementSize() const noexcept { return state_.maxElementSize; }
 
  private:
+  static constexpr std::int16_t writtenVersion = 100;  // in hundredths
+
   enum class Mode : std::uint8_t { closed, writing, reading };
   using Elements = std::unique_ptr<std::unique_ptr<DataElement>[]>;
 
@@ -110,7 +112,7 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   // Opening
   void startClean(bool forReading, bool backwards) noexcept;
   bool openHeaderFile(int mode) noexcept;
-  bool readCatalogue(bool forReading) noexcept;
+  bool refuseOtherByteOrder() noexcept;
   bool takeRange(const RowRange* range) noexcept;
   bool startReading() noexcept;
   bool startReadingAt(std::int64_t row) noexcept;
@@ -123,7 +125,6 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   // Rows
   bool startElement() noexcept;
   bool growElements() noexcept;
-  bool closeFullElement() noexcept;
   bool openNextElement() noexcept;
   [[nodiscard]] bool pastRange() const noexcept;
   void leaveElement() noexcept;
@@ -139,7 +140,7 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   std::int16_t version_ = 0;
   bool createdHere_ = false;
   Mode mode_ = Mode::closed;
-  bool lost_ = false;  // rows that were accepted did not reach the disk
+  bool failed_ = false;  // any operation has; a table created here is then removed in the end
 
   std::int64_t rowCount_ = 0;
   std::int64_t rowPosition_ = 0;  // the next row to be written or read

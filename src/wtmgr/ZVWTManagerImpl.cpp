@@ -45,7 +45,12 @@ ZvbString ZVWTManagerImpl::getName() noexcept { return name_; }
 
 ZvbString ZVWTManagerImpl::getDirectoryList() noexcept { return directoryList_; }
 
-ZvbString ZVWTManagerImpl::getLastError() noexcept { return lastError_; }
+ZvbString ZVWTManagerImpl::getLastError() noexcept {
+  zvLockGet(registryLock_, 1, 1);
+  ZvbString error = lastError_;
+  zvLockRelease(registryLock_);
+  return error;
+}
 
 ZvbString ZVWTManagerImpl::getDirectory(int index) const noexcept {
   return directories_.get(index);
@@ -166,7 +171,9 @@ bool ZVWTManagerImpl::getTableSizes(const ZvbString& name, ZvwtTableSizes* sizes
 // ---- What later versions bring
 
 bool ZVWTManagerImpl::refuseSetting() noexcept {
+  zvLockGet(registryLock_, 1, 1);
   lastError_ = WT_MESSAGE(notAvailable, "A sort and size setting");
+  zvLockRelease(registryLock_);
   return false;
 }
 

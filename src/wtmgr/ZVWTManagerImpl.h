@@ -83,5 +83,5 @@ class ZVWTManagerImpl final : public ZvWorkTableManager {
   ZvbString directoryList_;
   TempDirectories directories_;
   zvLockHandle registryLock_ = 0;
-  ZvbString lastError_;
+  ZvbString lastError_;  // guarded by registryLock_
 };

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <random>
 #include <string>
 #include <vector>
@@ -45,7 +44,9 @@ class TemporaryDirectory {
   }
   [[nodiscard]] static std::string read(const std::string& path) {
     std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    std::string content(std::filesystem::file_size(path), '\0');
+    stream.read(content.data(), static_cast<std::streamsize>(content.size()));
+    return content;
   }
 
  private:

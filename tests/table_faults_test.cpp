@@ -1,0 +1,142 @@
+/// Disks that are full and rows that are damaged: what was accepted before stays.
+
+#include <gtest/gtest.h>
+
+#include "support/Bytes.h"
+#include "support/SizeLimit.h"
+#include "support/TableFixture.h"
+#include "wtfile/ZVWTFileImpl.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class TableFaults : public TableTest {
+ protected:
+  TableFaults() { EXPECT_TRUE(directories.split(directory.path().c_str(), ':')); }
+
+  static Row text(std::size_t size) { return row({std::string(size, 'x')}); }
+
+  /// A table of 20 rows of 10,000 bytes in a column of texts.
+  std::string makeFull(std::int64_t maxElementSize = 0) {
+    return makeTable({{"s", zvbTypeString}}, std::vector<Row>(20, text(10000)), maxElementSize);
+  }
+
+  std::vector<std::size_t> sizes(const std::string& name) {
+    std::vector<std::size_t> found;
+    for (const std::string& line : readTable(name)) {
+      found.push_back(line.size());
+    }
+    return found;
+  }
+
+  TempDirectories directories;
+};
+
+TEST_F(TableFaults, ARowRefusedByAFullDiskLeavesTheTableAsItWas) {
+  TableHandle table = create({{"s", zvbTypeString}});
+  {
+    const SizeLimit limit(210000);
+    for (int i = 0; i < 20; ++i) {
+      ASSERT_TRUE(write(*table, text(10000)));
+    }
+    EXPECT_FALSE(write(*table, text(300000)));
+    EXPECT_EQ(1044, messageId(table->getErrorMessage()));
+    EXPECT_FALSE(write(*table, text(300000)));
+    EXPECT_TRUE(write(*table, text(1)));
+    EXPECT_EQ(21, table->getRowCount());
+    EXPECT_TRUE(table->close()) << table->getErrorMessage().asCstr();
+  }
+  std::vector<std::size_t> expected(20, 10000);
+  expected.push_back(1);
+  EXPECT_EQ(expected, sizes(table->getName().asCstr()));
+}
+
+TEST_F(TableFaults, AnAppendRefusedByAFullDiskKeepsTheRowsThatWereThere) {
+  const std::string name = makeFull();
+  const SizeLimit limit(210000);
+  ZVWTFileImpl table(directories);
+  ASSERT_TRUE(table.open(name.c_str(), false, nullptr, false));
+  EXPECT_FALSE(write(table, text(300000)));
+  EXPECT_TRUE(table.close()) << table.getErrorMessage().asCstr();
+  EXPECT_EQ(std::vector<std::size_t>(20, 10000), sizes(name));
+}
+
+TEST_F(TableFaults, AFullElementThatCannotBeClosedTakesItsLastRowBack) {
+  const std::string name = makeFull(300000);
+  ZVWTFileImpl table(directories);
+  ASSERT_TRUE(table.open(name.c_str(), false, nullptr, false));
+  std::vector<std::size_t> expected(20, 10000);
+  {
+    const SizeLimit limit(300100);
+    while (expected.size() < 100 && write(table, text(10000))) {
+      expected.push_back(10000);
+    }
+    EXPECT_EQ(1045, messageId(table.getErrorMessage()));
+    EXPECT_EQ(29U, expected.size());
+    EXPECT_FALSE(write(table, text(10000)));
+    EXPECT_EQ(29, table.getRowCount());
+  }
+  EXPECT_TRUE(write(table, text(20000)));
+  EXPECT_TRUE(write(table, text(5)));
+  EXPECT_TRUE(table.close()) << table.getErrorMessage().asCstr();
+  expected.push_back(20000);
+  expected.push_back(5);
+  EXPECT_EQ(expected, sizes(name));
+}
+
+TEST_F(TableFaults, ACloseThatFailsTellsTheCauseAndRemovesTheTable) {
+  const SizeLimit limit(3000);
+  for (const bool reopen : {false, true}) {
+    ZVWTFileImpl table(directories);
+    ASSERT_TRUE(table.create(1, 0, 0));
+    ASSERT_TRUE(table.defineColumn(0, "s", zvbTypeString, 0));
+    EXPECT_TRUE(write(table, text(5000)));
+    EXPECT_FALSE(reopen ? table.openFromURI("", false) : table.close());
+    EXPECT_EQ(1045, messageId(table.getErrorMessage())) << table.getErrorMessage().asCstr();
+    EXPECT_TRUE(directory.names().empty());
+    EXPECT_TRUE(table.removeFiles());
+  }
+}
+
+TEST_F(TableFaults, ADamagedRowCostsOnlyItself) {
+  const std::string name =
+      makeTable({{"a", zvbTypeInteger}, {"b", zvbTypeInteger}},
+                {row({std::int64_t{0}, std::int64_t{10}}), row({std::int64_t{1}, std::int64_t{11}}),
+                 row({std::int64_t{2}, std::int64_t{12}})});
+  for (const std::string& file : directory.names()) {
+    if (file.starts_with("zvwte_")) {
+      Bytes(directory.file(file)).set<unsigned char>(18, 7).save();
+    }
+  }
+  for (const bool backwards : {false, true}) {
+    for (const int columns : {1, 2}) {
+      const int numbers[] = {0, 1};
+      const TableHandle table(
+          manager->openTable(name.c_str(), columns, numbers, nullptr, backwards, &error));
+      ZvbDatavar values[2];
+      bool end = false;
+      std::vector<std::string> seen;
+      for (int i = 0; i < 3; ++i) {
+        seen.push_back(table->readRow(values, &end) ? shown(values[0]) : "damaged");
+      }
+      EXPECT_EQ(1301, messageId(table->getErrorMessage()));
+      EXPECT_EQ(backwards ? (Lines{"2", "damaged", "0"}) : (Lines{"0", "damaged", "2"}), seen);
+      EXPECT_FALSE(table->readRow(values, &end));
+      EXPECT_TRUE(end);
+    }
+  }
+}
+
+TEST_F(TableFaults, AskingForWhatIsNotThereDoesNotCostTheTable) {
+  TableHandle table = create({{"a", zvbTypeInteger}});
+  EXPECT_TRUE(write(*table, row({std::int64_t{1}})));
+  EXPECT_TRUE(table->close());
+  EXPECT_STREQ("", table->getURI(true).asCstr());
+  EXPECT_EQ(1799, messageId(table->getErrorMessage()));
+  const std::string name = table->getName().asCstr();
+  table.reset();
+  EXPECT_EQ(Lines{"1"}, readTable(name));
+}
+
+}  // namespace
