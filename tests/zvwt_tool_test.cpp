@@ -1,0 +1,324 @@
+// The command line tool as its users meet it: a process with arguments, streams and an exit code.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "support/TemporaryDirectory.h"
+
+namespace {
+
+struct Outcome {
+  int exitCode;
+  std::string output;
+  std::string errors;
+};
+
+std::string quoted(const std::string& argument) {
+  std::string text = "'";
+  for (const char byte : argument) {
+    text += byte == '\'' ? "'\\''" : std::string(1, byte);
+  }
+  return text + "'";
+}
+
+class Tool : public testing::Test {
+ protected:
+  /// Runs the tool on the tables' directory.
+  Outcome run(const std::string& verb, const std::vector<std::string>& arguments,
+              const std::string& redirection = "") {
+    return execute(commandLine(verb, arguments) + ' ' + redirection);
+  }
+
+  std::string commandLine(const std::string& verb, const std::vector<std::string>& arguments) {
+    std::string command = quoted(ZVWT_TOOL_PATH) + ' ' + verb;
+    command += " --dir " + quoted(tables_.path());
+    for (const std::string& argument : arguments) {
+      command += ' ' + quoted(argument);
+    }
+    return command;
+  }
+
+  /// Runs a line of the shell, whose own redirections go before these.
+  Outcome execute(const std::string& command) {
+    const int status = std::system(("{ " + command + "\n} >" + quoted(files_.file("out")) + " 2>" +
+                                    quoted(files_.file("err")) + " </dev/null")
+                                       .c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1,
+            TemporaryDirectory::read(files_.file("out")),
+            TemporaryDirectory::read(files_.file("err"))};
+  }
+
+  /// Imports a CSV text and returns the table's name.
+  std::string import(const std::string& text, std::vector<std::string> options = {}) {
+    options.push_back(files_.write("in.csv", text));
+    const Outcome outcome = run("import", options);
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors << text;
+    EXPECT_TRUE(outcome.output.ends_with('\n'));
+    return outcome.output.substr(0, outcome.output.find('\n'));
+  }
+
+  std::string exported(const std::string& table, std::vector<std::string> options = {}) {
+    options.push_back(table);
+    const Outcome outcome = run("export", options);
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    return outcome.output;
+  }
+
+  TemporaryDirectory tables_;
+  TemporaryDirectory files_;
+};
+
+using Pool = std::vector<std::string>;
+
+const Pool columnNames = {"n", " name ", "\"a,\"\"b\"", "\"two\nlines\"", "Gr\u00F6\u00DFe", "x=y"};
+
+// Fields in the one form that an export has. Each pool makes another kind of column.
+const std::vector<Pool> fieldPools = {
+    {"", "true", "false"},
+    {"", "0", "-1", "42", "9223372036854775807", "-9223372036854775808"},
+    {"", "7", "1.5", "-0.001", "9223372036854775808", "0.1", "12345678901234567890.5"},
+    {"", "2024-02-29", "2024-02-29T13:45:10.250", "0001-01-01", "9999-12-31T23:59:59.999"},
+    {"", "\"\"", " ", " a ", "\t", "\",\"", "\"\"\"\"", "\"\r\"", "\"\n\"", "\"a\r\nb\"", "007"},
+    {"1e5", "-0", "1.50", "+5", "0123456789012345678901234567890123456789012", "true", "TRUE"},
+    {"2024-02-30", "2024-02-29T00:00:00.000", "2024-01-01 10:00:00", "null", "NULL"},
+    {"\u00E9\u20AC\U0001F600", "\xFF\xFE", "\xEF\xBB\xBF", "\x01\x7F", "'", "`;|", "\\n"},
+};
+
+class CsvMaker {
+ public:
+  explicit CsvMaker(unsigned seed) : random_(seed) {}
+
+  /// A header line and rows, each with its line feed.
+  std::vector<std::string> makeLines() {
+    const std::size_t columnCount = 1 + below(5);
+    std::vector<const Pool*> pools;
+    std::vector<std::string> header;
+    for (std::size_t column = 0; column < columnCount; ++column) {
+      pools.push_back(&fieldPools[below(fieldPools.size())]);
+      header.push_back(column < columnNames.size() ? columnNames[column] : "c");
+    }
+    std::vector<std::string> lines = {joined(header)};
+    for (std::size_t row = below(40); row > 0; --row) {
+      std::vector<std::string> fields;
+      for (const Pool* pool : pools) {
+        fields.push_back((*pool)[below(pool->size())]);
+      }
+      lines.push_back(joined(fields));
+    }
+    return lines;
+  }
+
+ private:
+  std::size_t below(std::size_t limit) { return random_() % limit; }
+
+  static std::string joined(const std::vector<std::string>& fields) {
+    std::string line;
+    for (const std::string& field : fields) {
+      line += field + ',';
+    }
+    line.back() = '\n';
+    return line;
+  }
+
+  std::mt19937 random_;
+};
+
+std::string concatenated(const std::vector<std::string>& lines) {
+  std::string text;
+  for (const std::string& line : lines) {
+    text += line;
+  }
+  return text;
+}
+
+/// The same rows as a file of another system has them.
+std::string withCarriageReturns(std::vector<std::string> lines) {
+  for (std::string& line : lines) {
+    line.insert(line.size() - 1, "\r");
+  }
+  return concatenated(lines);
+}
+
+TEST_F(Tool, ExportsWhatItImported) {
+  for (unsigned seed = 0; seed < 40; ++seed) {
+    std::vector<std::string> lines = CsvMaker(seed).makeLines();
+    const std::string text = concatenated(lines);
+    const std::string table = import(text, {"--max-element-size", seed % 2 == 0 ? "0" : "20"});
+    EXPECT_EQ(exported(table), text) << seed;
+    EXPECT_EQ(exported(import(withCarriageReturns(lines))), text) << seed;
+    std::reverse(lines.begin() + 1, lines.end());
+    EXPECT_EQ(exported(table, {"--backwards"}), concatenated(lines)) << seed;
+  }
+}
+
+TEST_F(Tool, ReadsPipesTwice) {
+  std::string text = "n,t\n";
+  for (int row = 0; row < 30000; ++row) {
+    text += std::to_string(row) + ",row\n";
+  }
+  const std::string path = files_.write("piped.csv", text + "007,last\n");
+  const Outcome piped = execute("cat " + quoted(path) + " | " + commandLine("import", {"-"}));
+  EXPECT_EQ(piped.exitCode, 0);
+  EXPECT_NE(piped.errors.find("column \"n\": string"), std::string::npos) << piped.errors;
+  EXPECT_EQ(exported(piped.output.substr(0, piped.output.size() - 1)), text + "007,last\n");
+
+  const Outcome redirected = run("import", {"-"}, "<" + quoted(path));
+  EXPECT_EQ(exported(redirected.output.substr(0, redirected.output.size() - 1)),
+            text + "007,last\n");
+}
+
+TEST_F(Tool, TakesGivenTypesAndWidths) {
+  const std::string table =
+      import("n,d,b,t\n007,2024-02-29 10:00,YES,aaaaa\n+5,2024-02-29,0,\u20AC\u20AC\n",
+             {"--type", "N=int", "--type", "d=date", "--type=b=bool", "--width", "t=4"});
+  EXPECT_EQ(exported(table),
+            "n,d,b,t\n7,2024-02-29T10:00:00.000,true,aaaa\n5,2024-02-29,false,\u20AC\n");
+}
+
+TEST_F(Tool, LeavesNothingBehindAFailedImport) {
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {"a,b\n1,x\n1.5,y\n", ": line 3, column 1 \"a\": the field is no int\n"},
+      {"a,b\n1,x\n\"\",y\n", ": line 3, column 1 \"a\": the field is no int\n"},
+      {"a,b\n1,x\n2\n", ": line 3, column 2 \"b\": the row has 1 field, the header line has 2\n"},
+      {"a,A\n1,x\n", ": line 1, column 2 \"A\": another column has this name, letter case aside\n"},
+      {"", ": there is no header line\n"},
+  };
+  for (const auto& [text, reason] : cases) {
+    const std::string path = files_.write("bad.csv", text);
+    const Outcome outcome = run("import", {"--type", "a=int", "--type", "b=string", path});
+    EXPECT_EQ(outcome.exitCode, 1) << text;
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_TRUE(outcome.errors.ends_with("zvwt: " + path + reason)) << outcome.errors;
+  }
+  const std::string good = files_.write("good.csv", "a\n1\n");
+  EXPECT_EQ(run("import", {files_.path()}).exitCode, 1);
+  EXPECT_EQ(run("import", {files_.file("missing")}).exitCode, 1);
+  EXPECT_EQ(run("import", {"--type", "b=int", good}).exitCode, 2);
+  EXPECT_EQ(run("import", {"--width", "a=4", "--type", "a=int", good}).exitCode, 2);
+  EXPECT_EQ(run("import", {good}, ">/dev/full").exitCode, 1);
+  EXPECT_EQ(tables_.names(), std::vector<std::string>());
+}
+
+TEST_F(Tool, ReadsRangesInBothDirections) {
+  const std::string table = import("n\n0\n1\n2\n3\n4\n5\n6\n", {"--max-element-size", "20"});
+  const std::vector<std::pair<std::string, std::vector<std::string>>> cases = {
+      {"2,3", {"2", "3", "4"}}, {"5,-1", {"5", "6"}}, {"5,9", {"5", "6"}},
+      {"0,1", {"0"}},           {"3,0", {}},          {"7,1", {}},
+  };
+  for (const auto& [range, rows] : cases) {
+    std::vector<std::string> lines = {"n\n"};
+    for (const std::string& row : rows) {
+      lines.push_back(row + '\n');
+    }
+    EXPECT_EQ(exported(table, {"--rows", range}), concatenated(lines)) << range;
+    std::reverse(lines.begin() + 1, lines.end());
+    EXPECT_EQ(exported(table, {"--rows", range, "--backwards"}), concatenated(lines)) << range;
+  }
+}
+
+TEST_F(Tool, ShowsRowsInAlignedColumns) {
+  const std::string longText(61, 'x');
+  const std::string table =
+      import("n,long name,d\n1,\"two\nlines\",2024-02-29\n-20,\u00E9,\n,,\n5," + longText + ",\n");
+  const Outcome outcome = run("show", {"--limit", "3", table});
+  EXPECT_EQ(outcome.output,
+            "  n  long name   d\n"
+            "---  ----------  ----------\n"
+            "  1  two\\nlines  2024-02-29\n"
+            "-20  \u00E9           \u2205\n"
+            "  \u2205  \u2205           \u2205\n");
+  EXPECT_EQ(outcome.errors, "zvwt: 1 more row\n");
+  const Outcome last = run("show", {"--backwards", "--rows", "3,1", table});
+  EXPECT_NE(last.output.find(" " + std::string(59, 'x') + "\u2026  "), std::string::npos);
+  EXPECT_EQ(last.errors, "");
+}
+
+TEST_F(Tool, TellsWhatATableConsistsOf) {
+  const std::string table = import("n,t\n1,abc\n2,\n3,d\n", {"--max-element-size", "10"});
+  const Outcome outcome = run("info", {table});
+  EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+  for (const std::string& line :
+       {"table          " + table, "file           " + tables_.file(table),
+        std::string("rows           3"), std::string("elements       2"),
+        std::string("element limit  10 bytes"), std::string("index          24 bytes"),
+        std::string("2  t       string               3")}) {
+    EXPECT_NE(outcome.output.find(line + '\n'), std::string::npos) << line << outcome.output;
+  }
+}
+
+TEST_F(Tool, DeletesWhatItCan) {
+  const std::string first = import("a\n1\n");
+  const std::string second = import("a\n1\n");
+  const Outcome outcome = run("delete", {first, "zvwt_missing", second});
+  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_NE(outcome.errors.find("zvwt_missing"), std::string::npos);
+  EXPECT_EQ(tables_.names(), std::vector<std::string>());
+}
+
+TEST_F(Tool, FailsWhenNotEverythingWasRead) {
+  std::string text = "t\n";
+  for (int row = 0; row < 1000; ++row) {
+    text += "row " + std::to_string(row) + '\n';
+  }
+  const std::string table = import(text);
+  for (const std::string& name : tables_.names()) {
+    if (name.starts_with("zvwte_")) {
+      std::filesystem::resize_file(tables_.file(name), 5000);
+    }
+  }
+  const Outcome outcome = run("export", {table});
+  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_TRUE(text.starts_with(outcome.output)) << outcome.output;
+  EXPECT_TRUE(outcome.output.starts_with("t\nrow 0\n")) << outcome.output;
+  EXPECT_TRUE(outcome.errors.starts_with("zvwt: ")) << outcome.errors;
+}
+
+TEST_F(Tool, FailsWhenItsOutputIsRefused) {
+  std::string text = "t\n";
+  for (int row = 0; row < 100000; ++row) {
+    text += "a row of a table\n";
+  }
+  const std::string table = import(text);
+  const Outcome full = run("export", {table}, ">/dev/full");
+  EXPECT_EQ(full.exitCode, 1);
+  EXPECT_NE(full.errors.find("cannot write to standard output"), std::string::npos);
+
+  const std::string code = quoted(files_.file("code"));
+  const Outcome closed =
+      execute("{ " + commandLine("export", {table}) + "; echo $? >" + code + "; } | head -n 2");
+  EXPECT_EQ(closed.output, "t\na row of a table\n");
+  EXPECT_EQ(closed.errors, "");
+  EXPECT_EQ(TemporaryDirectory::read(files_.file("code")), "1\n");
+}
+
+TEST_F(Tool, RefusesAWrongCommandLine) {
+  const std::vector<std::pair<std::string, std::vector<std::string>>> cases = {
+      {"", {}},
+      {"frobnicate", {}},
+      {"import", {}},
+      {"import", {"--type", "a=float", "x"}},
+      {"import", {"--width", "a=0", "x"}},
+      {"import", {"--max-element-size", "-1", "x"}},
+      {"show", {"--rows", "5", "x"}},
+      {"export", {"--rows", "-1,5", "x"}},
+      {"export", {"--rows", "9223372036854775807,1", "x"}},
+      {"delete", {}},
+  };
+  for (const auto& [verb, arguments] : cases) {
+    const Outcome outcome = run(verb, arguments);
+    EXPECT_EQ(outcome.exitCode, 2) << verb;
+    EXPECT_EQ(outcome.output, "") << verb;
+    EXPECT_NE(outcome.errors, "") << verb;
+  }
+  const Outcome help = execute(quoted(ZVWT_TOOL_PATH) + " --help");
+  EXPECT_EQ(help.exitCode, 0);
+  EXPECT_NE(help.output.find("Exit codes:"), std::string::npos);
+}
+
+}  // namespace

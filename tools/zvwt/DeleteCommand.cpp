@@ -1,0 +1,23 @@
+#include "Commands.h"
+#include "Diagnostics.h"
+#include "Handles.h"
+
+namespace zvwttool {
+
+ExitCode runDelete(const DeleteOptions& options) {
+  std::string error;
+  const ManagerHandle manager = openManager(options.directories, &error);
+  if (manager == nullptr) {
+    return fail(error);
+  }
+  ExitCode result = ExitCode::success;
+  for (const std::string& table : options.tables) {
+    ZvbString text;
+    if (!manager->deleteTable(table.c_str(), &text)) {
+      result = fail(table + ": " + text.asCstr());
+    }
+  }
+  return result;
+}
+
+}  // namespace zvwttool

@@ -1,0 +1,13 @@
+/// Lists of directories, as a manager is given them.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace zvwttool {
+
+/// The directories of a list; an empty entry is the current directory.
+[[nodiscard]] std::vector<std::string> splitDirectories(const std::string& list);
+[[nodiscard]] std::string joinDirectories(const std::vector<std::string>& directories);
+
+}  // namespace zvwttool

@@ -1,0 +1,20 @@
+/// Texts as a terminal can take them.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace zvwttool {
+
+/// The text on one line of at most `limit` columns (1 or more): control characters and bytes that
+/// are no UTF-8 are escaped, and what is too long ends with an ellipsis.
+[[nodiscard]] std::string displayText(std::string_view text, std::size_t limit);
+
+/// A column's name in quotes, as messages give it.
+[[nodiscard]] std::string quotedName(std::string_view name);
+
+/// The columns that a text of valid UTF-8 takes, every character being one column wide.
+[[nodiscard]] std::size_t displayWidth(std::string_view text);
+
+}  // namespace zvwttool

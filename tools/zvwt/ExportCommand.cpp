@@ -1,0 +1,57 @@
+#include "Commands.h"
+#include "CsvWriter.h"
+#include "Diagnostics.h"
+#include "DisplayText.h"
+#include "OutputBuffer.h"
+#include "TableRows.h"
+
+namespace zvwttool {
+namespace {
+
+void writeHeader(const TableRows& rows, CsvWriter* writer) {
+  for (const TableRows::Column& column : rows.columns()) {
+    writer->addName(column.name);
+  }
+  writer->endRow();
+}
+
+bool writeRow(const TableRows& rows, CsvWriter* writer, std::string* error) {
+  for (std::size_t column = 0; column < rows.columns().size(); ++column) {
+    if (!writer->addValue(rows.value(column))) {
+      *error = "column " + quotedName(rows.columns()[column].name) +
+               ": the value cannot be written as text";
+      return false;
+    }
+  }
+  writer->endRow();
+  return true;
+}
+
+bool writeRows(TableRows* rows, OutputBuffer* output, std::string* error) {
+  CsvWriter writer(output);
+  writeHeader(*rows, &writer);
+  ReadResult result = rows->next(error);
+  while (result == ReadResult::row && !output->failed()) {
+    if (!writeRow(*rows, &writer, error)) {
+      return false;
+    }
+    result = rows->next(error);
+  }
+  return result != ReadResult::failure;
+}
+
+}  // namespace
+
+ExitCode runExport(const ReadOptions& options) {
+  TableRows rows;
+  std::string error;
+  if (!rows.open(options, &error)) {
+    return fail(error);
+  }
+  OutputBuffer output;
+  const bool complete = writeRows(&rows, &output, &error);
+  const ExitCode written = output.finish();
+  return complete ? written : fail(error);
+}
+
+}  // namespace zvwttool

@@ -1,0 +1,63 @@
+#include "OutputBuffer.h"
+
+#include <cerrno>
+#include <cstdio>
+
+#include "Diagnostics.h"
+
+namespace zvwttool {
+namespace {
+
+constexpr std::size_t bufferSize = std::size_t{256} * 1024;
+
+}  // namespace
+
+OutputBuffer::OutputBuffer() : buffer_(bufferSize) {
+  // This buffer is the only one: what it hands over is written at once.
+  (void)std::setvbuf(stdout, nullptr, _IONBF, 0);
+}
+
+void OutputBuffer::append(std::size_t count, char byte) {
+  for (std::size_t i = 0; i < count; ++i) {
+    append(byte);
+  }
+}
+
+void OutputBuffer::makeRoom(std::string_view text) {
+  flush();
+  if (text.size() > buffer_.size()) {
+    write(text);
+    return;
+  }
+  text.copy(buffer_.data(), text.size());
+  used_ = text.size();
+}
+
+void OutputBuffer::flush() {
+  write({buffer_.data(), used_});
+  used_ = 0;
+}
+
+void OutputBuffer::write(std::string_view text) {
+  if (failed() || text.empty()) {
+    return;
+  }
+  errno = 0;
+  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
+    errorNumber_ = errno != 0 ? errno : EIO;
+  }
+}
+
+ExitCode OutputBuffer::finish() {
+  flush();
+  if (!failed() && std::fflush(stdout) != 0) {
+    errorNumber_ = errno;
+  }
+  if (errorNumber_ == EPIPE) {
+    return ExitCode::failure;
+  }
+  return failed() ? fail("cannot write to standard output: " + systemErrorText(errorNumber_))
+                  : ExitCode::success;
+}
+
+}  // namespace zvwttool

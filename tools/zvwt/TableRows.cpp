@@ -1,0 +1,81 @@
+#include "TableRows.h"
+
+#include <algorithm>
+
+namespace zvwttool {
+
+bool TableRows::open(const ReadOptions& options, std::string* error) {
+  return openTable(options, error) && describeColumns(error) && limitToRange(options, error);
+}
+
+bool TableRows::openTable(const ReadOptions& options, std::string* error) {
+  manager_ = openManager(options.directories, error);
+  if (manager_ == nullptr) {
+    return false;
+  }
+  constexpr int allColumns = -1;
+  const ZvbString* noNames = nullptr;
+  ZvbString text;
+  table_.reset(manager_->openTable(options.table.c_str(), allColumns, noNames, &options.range,
+                                   options.backwards, &text));
+  if (table_ == nullptr) {
+    *error = text.asCstr();
+  }
+  return table_ != nullptr;
+}
+
+bool TableRows::describeColumns(std::string* error) {
+  const int count = table_->getColumnCount();
+  for (int column = 0; column < count; ++column) {
+    ZvbString name;
+    zvbType type = zvbTypeString;
+    int width = 0;
+    int maxLength = 0;
+    if (!table_->getColumnDefinition(column, &name, &type, &width, &maxLength)) {
+      *error = table_->getErrorMessage().asCstr();
+      return false;
+    }
+    columns_.push_back({name.asCstr(), type});
+  }
+  values_.resize(columns_.size());
+  return true;
+}
+
+// Read backwards, the library begins at the table's last row whatever the range's row count says:
+// the rows above the range are passed over here.
+bool TableRows::limitToRange(const ReadOptions& options, std::string* error) {
+  const std::int64_t behindFirst =
+      std::max<std::int64_t>(table_->getRowCount() - options.range.firstRow, 0);
+  const std::int64_t wanted = options.range.rowCount;
+  remaining_ = wanted < 0 ? behindFirst : std::min(wanted, behindFirst);
+  const std::int64_t above = options.backwards && remaining_ > 0 ? behindFirst - remaining_ : 0;
+  for (std::int64_t row = 0; row < above; ++row) {
+    if (!readRow(error)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+ReadResult TableRows::next(std::string* error) {
+  if (remaining_ == 0) {
+    return ReadResult::end;
+  }
+  if (!readRow(error)) {
+    return ReadResult::failure;
+  }
+  --remaining_;
+  return ReadResult::row;
+}
+
+bool TableRows::readRow(std::string* error) {
+  bool endOfTable = false;
+  if (table_->readRow(values_.data(), &endOfTable)) {
+    return true;
+  }
+  *error = endOfTable ? "the table has fewer rows than its catalogue says"
+                      : table_->getErrorMessage().asCstr();
+  return false;
+}
+
+}  // namespace zvwttool

@@ -1,0 +1,81 @@
+#include "TypeInference.h"
+
+#include <charconv>
+
+#include "FieldValue.h"
+
+namespace zvwttool {
+namespace {
+
+constexpr unsigned boolean = 1;
+constexpr unsigned integer = 2;
+constexpr unsigned real = 4;
+constexpr unsigned date = 8;
+constexpr unsigned unseen = boolean | integer | real | date;  // no single field fits all of them
+
+bool isBoolean(std::string_view text) { return text == "true" || text == "false"; }
+
+bool isCanonicalInteger(std::string_view text) {
+  const std::string_view digits = text.substr(text.starts_with('-') ? 1 : 0);
+  if (digits.empty() || (digits.front() == '0' && text != "0")) {
+    return false;
+  }
+  std::int64_t number = 0;
+  const char* end = text.data() + text.size();
+  const auto [stop, status] = std::from_chars(text.data(), end, number);
+  return status == std::errc() && stop == end;
+}
+
+bool isCanonicalReal(std::string_view text) {
+  bool failed = false;
+  char written[ZvbReal::textCapacity];
+  const ZvbReal number = ZvbReal::fromText(text, &failed);
+  return !failed && std::string_view(written, number.toText(written)) == text;
+}
+
+bool isCanonicalDate(std::string_view text) {
+  bool failed = false;
+  char written[ZvbDate::textCapacity];
+  const ZvbDate value = ZvbDate::fromText(text, &failed);
+  return !failed && std::string_view(written, writeDate(value, written)) == text;
+}
+
+}  // namespace
+
+TypeInference::TypeInference(std::size_t columnCount) : candidates_(columnCount, unseen) {}
+
+unsigned TypeInference::narrow(std::string_view text, unsigned candidates) {
+  if ((candidates & (integer | real)) != 0 && isCanonicalInteger(text)) {
+    return candidates & (integer | real);
+  }
+  unsigned left = 0;
+  if ((candidates & boolean) != 0 && isBoolean(text)) {
+    left |= boolean;
+  }
+  if ((candidates & real) != 0 && isCanonicalReal(text)) {
+    left |= real;
+  }
+  if ((candidates & date) != 0 && isCanonicalDate(text)) {
+    left |= date;
+  }
+  return left;
+}
+
+zvbType TypeInference::typeOf(std::size_t column) const {
+  const unsigned left = candidates_[column];
+  if (left == unseen) {
+    return zvbTypeString;
+  }
+  if ((left & boolean) != 0) {
+    return zvbTypeBoolean;
+  }
+  if ((left & integer) != 0) {
+    return zvbTypeInteger;
+  }
+  if ((left & real) != 0) {
+    return zvbTypeReal;
+  }
+  return (left & date) != 0 ? zvbTypeDate : zvbTypeString;
+}
+
+}  // namespace zvwttool
