@@ -4,6 +4,9 @@
 ///
 /// The table drives it: createFiles, then writeRow; or readDefinition, then open, seekRow and
 /// readRow or, to append, open and writeRow. Every failure leaves its text in getErrorMessage().
+///
+/// Its operations stand in DataElement.cpp (files, definition), ElementWriting.cpp and
+/// ElementReading.cpp.
 /// Thread rule: used by the thread that uses the table.
 #pragma once
 
@@ -17,6 +20,8 @@
 
 class DataElement {
  public:
+  static constexpr int indexEntrySize = 8;  // bytes
+
   explicit DataElement(TableState& table) noexcept;
   DataElement(const DataElement&) = delete;
   DataElement& operator=(const DataElement&) = delete;
