@@ -76,7 +76,7 @@ class DataElement {
   bool failAfter(valueCodec::Result result, ZvbString fileFailure) noexcept;
 
   bool createFile(File* file, int startDirectory) noexcept;
-  void discardNewFile(File* file) noexcept;
+  static void discardNewFile(File* file) noexcept;
   bool openFileOf(File* file, int mode) noexcept;
   bool findFile(File* file) noexcept;
   bool unlinkFile(File* file) noexcept;
@@ -86,14 +86,14 @@ class DataElement {
   bool readName(np_fio_handle catalogue, std::uint16_t length, const char* what,
                 File* file) noexcept;
 
-  int cutBackTo(std::int64_t rows, std::int64_t dataSize) noexcept;
+  int cutBackTo(std::int64_t rows, std::int64_t dataSize) const noexcept;
   bool cutToRows() noexcept;
   bool findEndOfRows(std::int64_t dataFileSize, std::int64_t* end) noexcept;
   bool findLastRow(std::int64_t* rowsToPass) noexcept;
-  valueCodec::Result encodeRow(const ZvbDatavar* const* values, std::int64_t* size) noexcept;
+  valueCodec::Result encodeRow(const ZvbDatavar* const* values, std::int64_t* size) const noexcept;
 
   bool seekToEnd() noexcept;
-  bool readIndexEntry(std::int64_t* offset) noexcept;
+  bool readIndexEntry(std::int64_t* offset) const noexcept;
   bool enterFirstRow() noexcept;
   [[nodiscard]] valueCodec::Source valueSource() const noexcept;
   valueCodec::Result decodeRow(ZvbDatavar* const* targets, int valueCount,

@@ -46,7 +46,7 @@ bool DataElement::seekToEnd() noexcept {
   return true;
 }
 
-bool DataElement::readIndexEntry(std::int64_t* offset) noexcept {
+bool DataElement::readIndexEntry(std::int64_t* offset) const noexcept {
   unsigned char bytes[indexEntrySize];
   if (np_fio_getb(index_.handle, bytes, indexEntrySize) != indexEntrySize) {
     return false;
@@ -170,7 +170,7 @@ bool DataElement::placeForwards(int valueCount, int columnsRead) noexcept {
 bool DataElement::placeBackwards() noexcept {
   std::int64_t offset = 0;
   if (currentRow_ >= 0) {
-    if (np_fio_seek64(index_.handle, -2 * indexEntrySize, npFioFromHere) < 0) {
+    if (np_fio_seek64(index_.handle, std::int64_t{-2} * indexEntrySize, npFioFromHere) < 0) {
       return fail(WT_MESSAGE(shortRead, "column"));
     }
     if (!readIndexEntry(&offset)) {

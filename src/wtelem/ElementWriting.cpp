@@ -31,7 +31,7 @@ bool DataElement::writeRow(const ZvbDatavar* const* values, bool* elementFull) n
   return true;
 }
 
-Result DataElement::encodeRow(const ZvbDatavar* const* values, std::int64_t* size) noexcept {
+Result DataElement::encodeRow(const ZvbDatavar* const* values, std::int64_t* size) const noexcept {
   if (index_.handle != nullptr &&
       np_fio_putb(index_.handle, size, indexEntrySize) != indexEntrySize) {
     return Result::fileFailed;
@@ -48,7 +48,7 @@ Result DataElement::encodeRow(const ZvbDatavar* const* values, std::int64_t* siz
 }
 
 /// Makes both files end behind `rows` rows of `dataSize` bytes; the status of the first failure.
-int DataElement::cutBackTo(std::int64_t rows, std::int64_t dataSize) noexcept {
+int DataElement::cutBackTo(std::int64_t rows, std::int64_t dataSize) const noexcept {
   const int status =
       index_.handle == nullptr ? npFioSuccess : np_fio_cut(index_.handle, rows * indexEntrySize);
   return status == npFioSuccess ? np_fio_cut(data_.handle, dataSize) : status;

@@ -36,7 +36,7 @@ bool TempDirectories::split(const ZvbString& list, char separator) noexcept {
   return true;
 }
 
-ZvbString TempDirectories::get(int index) const noexcept { return ZvbString(path(index)); }
+ZvbString TempDirectories::get(int index) const noexcept { return path(index); }
 
 const char* TempDirectories::path(int index) const noexcept {
   return index < 0 || index >= count_ ? "" : directories_[static_cast<std::size_t>(index)].asCstr();
