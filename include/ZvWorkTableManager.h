@@ -24,17 +24,25 @@ class ZVB_API ZvWorkTableManager : public ZvDatafileManagerSortAndSize {
  public:
   /// Adds all rows of the source (a table name or URI) to the end of the target table, whose
   /// columns must have the same names and types. Appends to one target run one after another, by
-  /// means of its key; with `alreadyEnqueued` the caller holds that key.
+  /// means of its key; with `alreadyEnqueued` the caller holds that key. After a failure the target
+  /// may have some of the source's rows; those that it had are there.
+  /// Fails: as openTable; 1769, 1770, 1771 the columns differ in number, name or type; 1780 the key
+  /// cannot be had; 1782 the source cannot be read to its end; as writeRow and close.
   [[nodiscard]] virtual bool appendTable(const ZvbString& targetName, const ZvbString& sourceName,
                                          bool alreadyEnqueued, ZvbString* error) = 0;
   [[nodiscard]] virtual bool appendTable(const ZvbString& targetName, const ZvbString& sourceName,
                                          ZvbString* error) = 0;
 
-  /// Copies a source table, columns and rows, into a table of the caller's.
+  /// Copies a source table, columns and rows, into a table of the caller's that is being written
+  /// and has as many columns. The target is then open for reading under the name it had; it stays
+  /// the caller's whatever the result. Fails: as appendTable, but for names, types and key.
   [[nodiscard]] virtual bool copyIntoTable(ZvWorkTableFile* target,
                                            ZvWorkTableManager* sourceManager,
                                            const ZvbString& sourceName, ZvbString* error) = 0;
-  /// Copies a source table into a new one of this manager.
+  /// Copies a source table into a new one of this manager, which is open for writing: the caller
+  /// may add rows, closes it and owns it. The source's manager may be given by name: this one for
+  /// its own name or an empty one, else one of that name with the same directories. Fails: as
+  /// copyIntoTable and createTable; 1781 that manager cannot be made.
   [[nodiscard]] virtual ZvWorkTableFile* copyTable(std::int64_t maxElementSize,
                                                    ZvWorkTableManager* sourceManager,
                                                    const ZvbString& sourceName,
@@ -57,7 +65,8 @@ class ZVB_API ZvWorkTableManager : public ZvDatafileManagerSortAndSize {
   /// Gives a key back, see enqueue. A key that nobody holds is ignored.
   virtual void dequeue(const ZvbString& key) = 0;
   /// Takes a named key for exclusive use, waiting while another holder has it. Any thread may give
-  /// it back. A thread that takes a key it already holds waits for itself.
+  /// it back. A thread that takes a key it already holds waits for itself. Releasing the manager
+  /// forgets its keys. Fails: 29 memory is short.
   [[nodiscard]] virtual bool enqueue(const ZvbString& key, ZvbString* error) = 0;
 
   /// The name given to zvwtCreateManager.
@@ -83,7 +92,9 @@ class ZVB_API ZvWorkTableManager : public ZvDatafileManagerSortAndSize {
   [[nodiscard]] virtual ZvWorkTableFile* openTable(const ZvbString& nameOrUri, bool readBackwards,
                                                    ZvbString* error) = 0;
 
-  /// Splits a table's rows into up to *partCount ranges for readers side by side.
+  /// Splits a table's rows into up to *partCount ranges for readers side by side: `ranges` has room
+  /// for as many, and *partCount becomes their number. They hold every row once, in order; with as
+  /// many parts as elements or more, each lies in one element. Fails: as openTable.
   [[nodiscard]] virtual bool partitionTable(const ZvbString& nameOrUri, int* partCount,
                                             RowRange* ranges, ZvbString* error) = 0;
 

@@ -36,7 +36,22 @@ inline constexpr ZvbMessageEntry zvbMessageCatalogue[] = {
     {1666, "t", "Another column has the name \"%1\" already."},
     {1747, "t", "A file could not be deleted: %1."},
     {1768, "", "Rows cannot be written: the work table is not open for writing."},
+    {1769, "ttii",
+     "The rows of the work table \"%1\" do not fit the work table \"%2\": it has %3 columns, the "
+     "other "
+     "one has %4."},
+    {1770, "ttitt",
+     "The rows of the work table \"%1\" do not fit the work table \"%2\": their columns number %3 "
+     "are "
+     "named \"%4\" and \"%5\"."},
+    {1771, "ttitt",
+     "The rows of the work table \"%1\" do not fit the work table \"%2\": their columns number %3 "
+     "have "
+     "the types %4 and %5."},
     {1773, "", "The file is no work table: its header is too short."},
+    {1780, "t", "The work table to append to could not be reserved: %1"},
+    {1781, "t", "The manager of the work table to copy could not be made: %1"},
+    {1782, "tttt", "%1: the work table \"%2\" could not be read while \"%3\" was written: %4"},
     {1783, "tit", "The path of a new file (%1) cannot be split: status %2, %3."},
     {1784, "tit",
      "A directory and a file name (%1) cannot be joined: status %2, %3. A table's name is a plain "

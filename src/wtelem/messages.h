@@ -20,10 +20,18 @@ inline constexpr int noSuchColumn = 1420;
 inline constexpr int duplicateColumnName = 1666;  // name
 inline constexpr int deleteFailed = 1747;         // description
 inline constexpr int notOpenForWriting = 1768;
+// Source table, target table, then the two column counts.
+inline constexpr int otherColumnCount = 1769;
+// Source table, target table, column number, then the two names or types.
+inline constexpr int otherColumnName = 1770;
+inline constexpr int otherColumnType = 1771;
 inline constexpr int headerTooShort = 1773;
-inline constexpr int pathNotSplit = 1783;    // which file, status, description
-inline constexpr int pathNotJoined = 1784;   // which file, status, description
-inline constexpr int versionTooHigh = 1785;  // major, minor, highest major, its minor
+inline constexpr int targetNotEnqueued = 1780;     // why
+inline constexpr int sourceManagerNotMade = 1781;  // why
+inline constexpr int sourceNotRead = 1782;         // verb, source table, target table, why
+inline constexpr int pathNotSplit = 1783;          // which file, status, description
+inline constexpr int pathNotJoined = 1784;         // which file, status, description
+inline constexpr int versionTooHigh = 1785;        // major, minor, highest major, its minor
 inline constexpr int surplusNotSkipped = 1786;
 inline constexpr int accessKeyTooShort = 1787;
 inline constexpr int negativeFirstRow = 1788;     // first row

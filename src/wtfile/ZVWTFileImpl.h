@@ -2,8 +2,9 @@
 ///
 /// Its operations stand in one file each for what they do: ZVWTFileImpl.cpp (life cycle and
 /// columns), TableHeader.cpp (the catalogue's bytes), TableOpen.cpp (opening and positioning),
-/// TableRows.cpp (rows). The rows themselves are the data elements' (wtelem/DataElement.h). Thread
-/// rule: one thread at a time.
+/// TableRows.cpp (rows), TableCopy.cpp (copying and appending). The rows themselves are the data
+/// elements' (wtelem/DataElement.h).
+/// Thread rule: one thread at a time.
 #pragma once
 
 #include <cstdint>
@@ -69,12 +70,22 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   [[nodiscard]] bool openWithColumnNumbers(const ZvbString& name, int count, const int* numbers,
                                            const RowRange* range, bool backwards) noexcept;
 
+  /// Adds all rows of the source, a table name, to this table, which is open for appending and has
+  /// the same columns. After a failure the rows that came before it stay.
+  [[nodiscard]] bool appendFrom(const ZvbString& source) noexcept;
+  /// Takes over the column definitions of the source, which is open for reading and has as many
+  /// columns, and adds all its rows.
+  [[nodiscard]] bool copyFrom(ZVWTFileImpl& source) noexcept;
+
   /// Closes, then deletes the elements' files and the catalogue.
   [[nodiscard]] bool removeFiles() noexcept;
 
   /// The sizes of the table's files.
   [[nodiscard]] bool measure(TableSizes* sizes) noexcept;
   [[nodiscard]] int elementCount() const noexcept { return elementCount_; }
+  [[nodiscard]] std::int64_t rowsOfElement(int element) const noexcept {
+    return elements_[static_cast<std::size_t>(element)]->rowCount();
+  }
   [[nodiscard]] std::int64_t maxElementSize() const noexcept { return state_.maxElementSize; }
 
  private:
@@ -121,6 +132,11 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   void selectAllColumns() noexcept;
   bool selectByNumbers(int count, const int* numbers) noexcept;
   bool selectColumn(int position, int number) noexcept;
+
+  // Copying
+  bool sameColumnCount(ZVWTFileImpl& source) noexcept;
+  bool sameColumn(const ZVWTFileImpl& source, int index) noexcept;
+  bool copyRows(ZVWTFileImpl& source, const char* verb) noexcept;
 
   // Rows
   bool startElement() noexcept;

@@ -7,6 +7,7 @@
 #include "base/zvb_uuid.h"
 #include "fio/np_fio.h"
 #include "wtelem/messages.h"
+#include "wtmgr/Partition.h"
 
 ZVWTManagerImpl::ZVWTManagerImpl(const ZvbString& name, const ZvbString& directoryList,
                                  ZvbString* error) noexcept
@@ -17,6 +18,7 @@ ZVWTManagerImpl::ZVWTManagerImpl(const ZvbString& name, const ZvbString& directo
     return;
   }
   registryLock_ = zvLockCreate(0, 0);
+  keys_.guardBy(registryLock_);
   if (registryLock_ == 0) {
     *error = WT_MESSAGE(outOfMemory, "(work table lock)");
   }
@@ -168,6 +170,121 @@ bool ZVWTManagerImpl::getTableSizes(const ZvbString& name, ZvwtTableSizes* sizes
   return true;
 }
 
+// ---- Keys
+
+bool ZVWTManagerImpl::enqueue(const ZvbString& key, ZvbString* error) noexcept {
+  return keys_.enqueue(key, error);
+}
+
+void ZVWTManagerImpl::dequeue(const ZvbString& key) noexcept { keys_.dequeue(key); }
+
+// ---- Whole tables
+
+bool ZVWTManagerImpl::appendTable(const ZvbString& targetName, const ZvbString& sourceName,
+                                  bool alreadyEnqueued, ZvbString* error) noexcept {
+  Table table(new (std::nothrow) ZVWTFileImpl(directories_));
+  if (table == nullptr) {
+    *error = WT_MESSAGE(outOfMemory, "(work table instance)");
+    return false;
+  }
+  if (!alreadyEnqueued && !enqueue(targetName, error)) {
+    *error = WT_MESSAGE(targetNotEnqueued, error->asCstr());
+    return false;
+  }
+  const bool appended = table->open(targetName, false, nullptr, false) &&
+                        table->appendFrom(sourceName) && table->close();
+  if (!appended) {
+    *error = table->getErrorMessage();
+  }
+  // The table is closed before the next appender may open it.
+  table.reset();
+  if (!alreadyEnqueued) {
+    dequeue(targetName);
+  }
+  return appended;
+}
+
+bool ZVWTManagerImpl::appendTable(const ZvbString& targetName, const ZvbString& sourceName,
+                                  ZvbString* error) noexcept {
+  return appendTable(targetName, sourceName, false, error);
+}
+
+bool ZVWTManagerImpl::copyRows(ZVWTFileImpl& target, ZVWTFileImpl& source,
+                               ZvbString* error) noexcept {
+  if (!target.copyFrom(source)) {
+    *error = target.getErrorMessage();
+    return false;
+  }
+  return true;
+}
+
+/// The source is looked for in the directories of its own manager.
+ZVWTManagerImpl::Table ZVWTManagerImpl::openSource(ZvWorkTableManager* sourceManager,
+                                                   const ZvbString& sourceName,
+                                                   ZvbString* error) noexcept {
+  return static_cast<ZVWTManagerImpl*>(sourceManager)
+      ->openTableBy([&](ZVWTFileImpl& table) { return table.openFromURI(sourceName, false); },
+                    error);
+}
+
+bool ZVWTManagerImpl::copyIntoTable(ZvWorkTableFile* target, ZvWorkTableManager* sourceManager,
+                                    const ZvbString& sourceName, ZvbString* error) noexcept {
+  const Table source = openSource(sourceManager, sourceName, error);
+  auto& table = *static_cast<ZVWTFileImpl*>(target);
+  if (source == nullptr || !copyRows(table, *source, error)) {
+    return false;
+  }
+  if (!table.close() || !table.openFromURI(ZvbString(), false)) {
+    *error = table.getErrorMessage();
+    return false;
+  }
+  return true;
+}
+
+ZvWorkTableFile* ZVWTManagerImpl::copyTable(std::int64_t maxElementSize,
+                                            ZvWorkTableManager* sourceManager,
+                                            const ZvbString& sourceName,
+                                            ZvbString* error) noexcept {
+  const Table source = openSource(sourceManager, sourceName, error);
+  if (source == nullptr) {
+    return nullptr;
+  }
+  ZvWorkTableFile* target = createTable(source->getColumnCount(), maxElementSize, error);
+  if (target != nullptr && !copyRows(*static_cast<ZVWTFileImpl*>(target), *source, error)) {
+    target->release();
+    return nullptr;
+  }
+  return target;
+}
+
+ZvWorkTableFile* ZVWTManagerImpl::copyTable(std::int64_t maxElementSize,
+                                            const ZvbString& sourceManagerName,
+                                            const ZvbString& sourceName,
+                                            ZvbString* error) noexcept {
+  if (sourceManagerName.isEmpty() || name_.compare(sourceManagerName, true) == 0) {
+    return copyTable(maxElementSize, this, sourceName, error);
+  }
+  error->setNull();
+  ZvWorkTableManager* sourceManager = zvwtCreateManager(sourceManagerName, directoryList_, error);
+  if (sourceManager == nullptr) {
+    *error = WT_MESSAGE(sourceManagerNotMade, error->asCstr());
+    return nullptr;
+  }
+  ZvWorkTableFile* table = copyTable(maxElementSize, sourceManager, sourceName, error);
+  sourceManager->release();
+  return table;
+}
+
+bool ZVWTManagerImpl::partitionTable(const ZvbString& nameOrUri, int* partCount, RowRange* ranges,
+                                     ZvbString* error) noexcept {
+  const Table table = openSource(this, nameOrUri, error);
+  if (table == nullptr) {
+    return false;
+  }
+  *partCount = partitionRows(*table, *partCount, ranges);
+  return true;
+}
+
 // ---- What later versions bring
 
 bool ZVWTManagerImpl::refuseSetting() noexcept {
@@ -185,51 +302,3 @@ bool ZVWTManagerImpl::sortAndSize4(std::int32_t /*value*/) noexcept { return ref
 bool ZVWTManagerImpl::sortAndSize5(std::int64_t /*value*/) noexcept { return refuseSetting(); }
 bool ZVWTManagerImpl::sortAndSize6(std::int64_t /*value*/) noexcept { return refuseSetting(); }
 bool ZVWTManagerImpl::sortAndSize7(bool /*value*/) noexcept { return refuseSetting(); }
-
-bool ZVWTManagerImpl::appendTable(const ZvbString& /*targetName*/, const ZvbString& /*sourceName*/,
-                                  bool /*alreadyEnqueued*/, ZvbString* error) noexcept {
-  *error = WT_MESSAGE(notAvailable, "Appending a table");
-  return false;
-}
-
-bool ZVWTManagerImpl::appendTable(const ZvbString& targetName, const ZvbString& sourceName,
-                                  ZvbString* error) noexcept {
-  return appendTable(targetName, sourceName, false, error);
-}
-
-bool ZVWTManagerImpl::copyIntoTable(ZvWorkTableFile* /*target*/,
-                                    ZvWorkTableManager* /*sourceManager*/,
-                                    const ZvbString& /*sourceName*/, ZvbString* error) noexcept {
-  *error = WT_MESSAGE(notAvailable, "Copying into a table");
-  return false;
-}
-
-ZvWorkTableFile* ZVWTManagerImpl::copyTable(std::int64_t /*maxElementSize*/,
-                                            ZvWorkTableManager* /*sourceManager*/,
-                                            const ZvbString& /*sourceName*/,
-                                            ZvbString* error) noexcept {
-  *error = WT_MESSAGE(notAvailable, "Copying a table");
-  return nullptr;
-}
-
-ZvWorkTableFile* ZVWTManagerImpl::copyTable(std::int64_t /*maxElementSize*/,
-                                            const ZvbString& /*sourceManagerName*/,
-                                            const ZvbString& /*sourceName*/,
-                                            ZvbString* error) noexcept {
-  *error = WT_MESSAGE(notAvailable, "Copying a table");
-  return nullptr;
-}
-
-void ZVWTManagerImpl::dequeue(const ZvbString& /*key*/) noexcept {}
-
-bool ZVWTManagerImpl::enqueue(const ZvbString& /*key*/, ZvbString* error) noexcept {
-  *error = WT_MESSAGE(notAvailable, "Taking a key");
-  return false;
-}
-
-bool ZVWTManagerImpl::partitionTable(const ZvbString& /*nameOrUri*/, int* partCount,
-                                     RowRange* /*ranges*/, ZvbString* error) noexcept {
-  *partCount = 0;
-  *error = WT_MESSAGE(notAvailable, "Partitioning a table");
-  return false;
-}

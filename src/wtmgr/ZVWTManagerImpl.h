@@ -11,6 +11,7 @@
 #include "lock/zv_lock.h"
 #include "wtelem/TempDirectories.h"
 #include "wtfile/ZVWTFileImpl.h"
+#include "wtmgr/KeyRegistry.h"
 #include "zvwt.h"
 
 class ZVWTManagerImpl final : public ZvWorkTableManager {
@@ -76,6 +77,9 @@ class ZVWTManagerImpl final : public ZvWorkTableManager {
   template <typename Opener>
   Table openTableBy(const Opener& opener, ZvbString* error) noexcept;
   Table openWithoutColumns(const ZvbString& name, ZvbString* error) noexcept;
+  static Table openSource(ZvWorkTableManager* sourceManager, const ZvbString& sourceName,
+                          ZvbString* error) noexcept;
+  static bool copyRows(ZVWTFileImpl& target, ZVWTFileImpl& source, ZvbString* error) noexcept;
   bool refuseSetting() noexcept;
 
   ZvbString uuid_;
@@ -83,5 +87,6 @@ class ZVWTManagerImpl final : public ZvWorkTableManager {
   ZvbString directoryList_;
   TempDirectories directories_;
   zvLockHandle registryLock_ = 0;
+  KeyRegistry keys_;
   ZvbString lastError_;  // guarded by registryLock_
 };

@@ -1,0 +1,89 @@
+/// Moving all rows of one table into another.
+
+#include <algorithm>
+#include <memory>
+#include <new>
+
+#include "wtelem/messages.h"
+#include "wtfile/ZVWTFileImpl.h"
+
+bool ZVWTFileImpl::appendFrom(const ZvbString& source) noexcept {
+  if (mode_ != Mode::writing) {
+    return fail(WT_MESSAGE(notOpenForWriting));
+  }
+  const std::unique_ptr<ZVWTFileImpl> table(new (std::nothrow) ZVWTFileImpl(state_.directories));
+  if (table == nullptr) {
+    return fail(WT_MESSAGE(outOfMemory, "(work table file instance)"));
+  }
+  if (!table->openFromURI(source, false)) {
+    return fail(table->getErrorMessage());
+  }
+  if (!sameColumnCount(*table)) {
+    return false;
+  }
+  for (int i = 0; i < state_.columnCount; ++i) {
+    if (!sameColumn(*table, i)) {
+      return false;
+    }
+  }
+  return copyRows(*table, "Append");
+}
+
+bool ZVWTFileImpl::copyFrom(ZVWTFileImpl& source) noexcept {
+  if (mode_ != Mode::writing) {
+    return fail(WT_MESSAGE(notOpenForWriting));
+  }
+  if (!sameColumnCount(source)) {
+    return false;
+  }
+  for (int i = 0; i < state_.columnCount; ++i) {
+    const ColumnDefinition& from = *source.columnOfCaller(i);
+    ColumnDefinition& column = state_.columns[static_cast<std::size_t>(i)];
+    column.name = from.name;
+    column.type = from.type;
+    column.storageCode = from.storageCode;
+    column.width = from.width;
+    column.maxLength = std::max(column.maxLength, from.maxLength);
+    if (column.name.memoryShort()) {
+      return fail(WT_MESSAGE(outOfMemory, "(column name)"));
+    }
+  }
+  return copyRows(source, "Copy");
+}
+
+bool ZVWTFileImpl::sameColumnCount(ZVWTFileImpl& source) noexcept {
+  const int count = source.getColumnCount();
+  return count == state_.columnCount ||
+         fail(WT_MESSAGE(otherColumnCount, source.name_.asCstr(), name_.asCstr(), count,
+                         int{state_.columnCount}));
+}
+
+bool ZVWTFileImpl::sameColumn(const ZVWTFileImpl& source, int index) noexcept {
+  const ColumnDefinition& from = *source.columnOfCaller(index);
+  const ColumnDefinition& to = state_.columns[static_cast<std::size_t>(index)];
+  if (from.name.compare(to.name, false) != 0) {
+    return fail(WT_MESSAGE(otherColumnName, source.name_.asCstr(), name_.asCstr(), index,
+                           from.name.asCstr(), to.name.asCstr()));
+  }
+  if (from.type != to.type) {
+    return fail(WT_MESSAGE(otherColumnType, source.name_.asCstr(), name_.asCstr(), index,
+                           zvbTypeToString(from.type), zvbTypeToString(to.type)));
+  }
+  return true;
+}
+
+bool ZVWTFileImpl::copyRows(ZVWTFileImpl& source, const char* verb) noexcept {
+  const auto count = static_cast<std::size_t>(state_.columnCount);
+  const std::unique_ptr<ZvbDatavar[]> values(new (std::nothrow) ZvbDatavar[count]);
+  if (values == nullptr) {
+    return fail(WT_MESSAGE(outOfMemory, "(column value array)"));
+  }
+  bool endOfTable = false;
+  while (source.readRow(values.get(), &endOfTable)) {
+    if (!writeRow(values.get())) {
+      return false;
+    }
+  }
+  return endOfTable || fail(WT_MESSAGE(sourceNotRead, verb, source.name_.asCstr(), name_.asCstr(),
+                                       source.errorMessage_.asCstr()));
+}
