@@ -5,7 +5,9 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
 endif()
 if(CMAKE_BUILD_TYPE STREQUAL "Release" AND ZVWT_LINK_TIME_OPTIMISATION AND NOT ZVWT_SANITIZE)
-  set(zvwt_link_time_optimisation ON)
+  # Clang, for one, needs tools of its own for it that need not be installed.
+  include(CheckIPOSupported)
+  check_ipo_supported(RESULT zvwt_link_time_optimisation OUTPUT unsupported LANGUAGES CXX)
 endif()
 if(ZVWT_SANITIZE)
   add_compile_options(-fsanitize=${ZVWT_SANITIZE} -fno-sanitize-recover=all
