@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -11,41 +12,16 @@
 
 namespace {
 
-constexpr double firstDay = -719162;
-constexpr double lastDay = 2932896;
+constexpr int firstDay = -719162;  // 0001-01-01
+constexpr int lastDay = 2932896;   // 9999-12-31
 
-/// Counts days one by one.
-class Calendar {
- public:
-  [[nodiscard]] std::string text() const {
-    char text[48];
-    const int size = std::snprintf(text, sizeof text, "%04d-%02d-%02d", year_, month_, day_);
-    return {text, static_cast<std::size_t>(size)};
-  }
-  [[nodiscard]] bool isOver() const { return year_ > 9999; }
-  void next() {
-    if (++day_ > daysOfMonth()) {
-      day_ = 1;
-      ++month_;
-    }
-    if (month_ > 12) {
-      month_ = 1;
-      ++year_;
-    }
-  }
-
- private:
-  [[nodiscard]] int daysOfMonth() const {
-    if (month_ == 2) {
-      return year_ % 400 == 0 || (year_ % 4 == 0 && year_ % 100 != 0) ? 29 : 28;
-    }
-    return month_ == 4 || month_ == 6 || month_ == 9 || month_ == 11 ? 30 : 31;
-  }
-
-  int year_ = 1;
-  int month_ = 1;
-  int day_ = 1;
-};
+std::string calendarText(std::int64_t days) {
+  const std::chrono::year_month_day date{std::chrono::sys_days{std::chrono::days{days}}};
+  char text[48];
+  const int size = std::snprintf(text, sizeof text, "%04d-%02u-%02u", int{date.year()},
+                                 unsigned{date.month()}, unsigned{date.day()});
+  return {text, static_cast<std::size_t>(size)};
+}
 
 /// Kept off the heap, for the sake of the millions of texts below.
 class ExactText {
@@ -68,11 +44,10 @@ double parse(std::string_view text) {
 }
 
 TEST(ZvbDateTest, EveryDayOfTheCalendarIsShownAndReadBack) {
-  auto day = static_cast<std::int64_t>(firstDay);
   std::int64_t milliseconds = 0;
-  for (Calendar calendar; !calendar.isOver(); calendar.next(), ++day) {
+  for (std::int64_t day = firstDay; day <= lastDay; ++day) {
     const auto days = static_cast<double>(day);
-    const std::string dayText = calendar.text();
+    const std::string dayText = calendarText(day);
     const ExactText midnight(days);
     ASSERT_EQ(midnight.view().substr(0, 10), dayText);
     ASSERT_EQ(midnight.view().substr(10), "T00:00:00.000");
@@ -83,7 +58,6 @@ TEST(ZvbDateTest, EveryDayOfTheCalendarIsShownAndReadBack) {
     ASSERT_EQ(ExactText(back).view(), text.view());
     ASSERT_EQ(std::llround((back - days) * 86'400'000), milliseconds);
   }
-  ASSERT_EQ(static_cast<double>(day), lastDay + 1);
 }
 
 TEST(ZvbDateTest, MillisecondsRoundAndCarry) {
@@ -119,36 +93,21 @@ TEST(ZvbDateTest, ShorterFormsRead) {
   EXPECT_EQ(exactText(parse("2000-02-29T00:00:00.5")), "2000-02-29T00:00:00.500");
 }
 
+void expectRefused(const std::string& text) {
+  bool failed = false;
+  EXPECT_TRUE(ZvbDate::fromText(text, &failed).isNull()) << text;
+  EXPECT_TRUE(failed) << text;
+}
+
 TEST(ZvbDateTest, OtherTextsAreRefused) {
-  for (const std::string_view text : {"",
-                                      "2024",
-                                      "2024-2-29",
-                                      "24-02-29",
-                                      "02024-02-29",
-                                      "2023-02-29",
-                                      "1900-02-29",
-                                      "2024-04-31",
-                                      "2024-00-01",
-                                      "2024-13-01",
-                                      "2024-01-00",
-                                      "0000-01-01",
-                                      "-001-01-01",
-                                      "2024-02-29T",
-                                      "2024-02-29T24:00",
-                                      "2024-02-29T12:60",
-                                      "2024-02-29T12:00:60",
-                                      "2024-02-29T12:00:00.",
-                                      "2024-02-29T12:00.5",
-                                      "2024-02-29T12",
-                                      "2024-02-29T1:00",
-                                      "2024-02-29t12:00",
-                                      "2024-02-29  12:00",
-                                      "2024-02-29T12:00Z",
-                                      "2024/02/29",
-                                      "20240229"}) {
-    bool failed = false;
-    EXPECT_TRUE(ZvbDate::fromText(text, &failed).isNull()) << text;
-    EXPECT_TRUE(failed) << text;
+  for (const char* day : {"", "2024", "2024-2-29", "24-02-29", "02024-02-29", "2023-02-29",
+                          "1900-02-29", "2024-04-31", "2024-00-01", "2024-13-01", "2024-01-00",
+                          "0000-01-01", "-001-01-01", "2024/02/29", "20240229"}) {
+    expectRefused(day);
+  }
+  for (const char* time : {"T", "T24:00", "T12:60", "T12:00:60", "T12:00:00.", "T12:00.5", "T12",
+                           "T1:00", "t12:00", "  12:00", "T12:00Z"}) {
+    expectRefused(std::string("2024-02-29") + time);
   }
 }
 
