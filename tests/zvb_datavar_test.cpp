@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -15,8 +16,9 @@
 
 namespace {
 
-bool memoryIsShort = false;
-int allocations = 0;
+// Other tests of this program allocate on several threads.
+std::atomic<bool> memoryIsShort{false};
+std::atomic<int> allocations{0};
 
 }  // namespace
 
