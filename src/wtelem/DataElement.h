@@ -37,7 +37,8 @@ class DataElement {
   /// Closes an element that its last row has filled. When that fails, the row is taken back and the
   /// element stays open with the rows it had before.
   [[nodiscard]] bool closeFull() noexcept;
-  /// Closes without bringing anything to the files: what a failed opening leaves behind.
+  /// Closes the handles and reports nothing: for what a failed opening leaves behind, and after the
+  /// bytes have been brought to the files.
   void abandon() noexcept;
   /// Deletes both files, finding them first if need be.
   [[nodiscard]] bool remove() noexcept;
