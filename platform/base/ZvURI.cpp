@@ -1,0 +1,155 @@
+#include "base/ZvURI.h"
+
+#include <algorithm>
+#include <charconv>
+#include <memory>
+#include <new>
+#include <string_view>
+#include <system_error>
+
+#include "base/zvb_percent.h"
+
+namespace {
+
+struct Column {
+  ZvbString name;
+  ZvbString second;
+  std::int32_t type = 0;
+};
+
+/// Cuts the part before the first `separator`, or all of it, off the front of *text.
+std::string_view takeUntil(char separator, std::string_view* text) noexcept {
+  const std::size_t end = std::min(text->find(separator), text->size());
+  const std::string_view part = text->substr(0, end);
+  text->remove_prefix(std::min(end + 1, text->size()));
+  return part;
+}
+
+/// True when the whole text is a decimal number that fits.
+template <typename Number>
+bool readNumber(std::string_view text, Number* number) noexcept {
+  const char* end = text.data() + text.size();
+  const auto [stop, status] = std::from_chars(text.data(), end, *number);
+  return status == std::errc() && stop == end;
+}
+
+constexpr bool isLetter(char byte) noexcept {
+  return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
+}
+
+constexpr bool isSchemeByte(char byte) noexcept {
+  return isLetter(byte) || (byte >= '0' && byte <= '9') || byte == '+' || byte == '-' ||
+         byte == '.';
+}
+
+bool isScheme(std::string_view text) noexcept {
+  return text.size() >= 2 && isLetter(text[0]) && std::all_of(text.begin(), text.end(), isSchemeByte);
+}
+
+class ReadURI final : public ZvURI {
+ public:
+  void release() noexcept override { delete this; }
+
+  [[nodiscard]] ZvbString getScheme() const noexcept override { return scheme_; }
+
+  [[nodiscard]] bool getColumn(std::int32_t index, ZvbString* name, ZvbString* second,
+                               std::int32_t* type) const noexcept override {
+    if (index < 0 || index >= columnCount_) {
+      return false;
+    }
+    const Column& column = columns_[static_cast<std::size_t>(index)];
+    *name = column.name;
+    *second = column.second;
+    *type = column.type;
+    return true;
+  }
+
+  [[nodiscard]] std::int32_t getColumnCount() const noexcept override { return columnCount_; }
+
+  [[nodiscard]] ZvbString getPath() const noexcept override { return path_; }
+
+  [[nodiscard]] bool getRowRange(std::int64_t* firstRow,
+                                 std::int64_t* rowCount) const noexcept override {
+    if (hasRange_) {
+      *firstRow = firstRow_;
+      *rowCount = rowCount_;
+    }
+    return hasRange_;
+  }
+
+  /// False when the text is no URI or memory is short.
+  [[nodiscard]] bool read(std::string_view text) noexcept {
+    const std::size_t colon = text.find(':');
+    if (colon == std::string_view::npos || !isScheme(text.substr(0, colon))) {
+      return false;
+    }
+    scheme_.assign(text.data(), colon);
+    text.remove_prefix(colon + 1);
+    if (scheme_.compare("zvwt", false) != 0) {
+      path_.assign(text.data(), text.size());
+      return !path_.memoryShort() && !scheme_.memoryShort();
+    }
+    const std::size_t question = text.find('?');
+    return readPath(text.substr(0, question)) &&
+           (question == std::string_view::npos || readParameters(text.substr(question + 1)));
+  }
+
+ private:
+  /// A parameter without its `?` before it would otherwise become part of the name.
+  [[nodiscard]] bool readPath(std::string_view text) noexcept {
+    return text.find('&') == std::string_view::npos && zvbDecodePercent(text, &path_);
+  }
+
+  [[nodiscard]] bool readParameters(std::string_view text) noexcept {
+    const auto most = static_cast<std::size_t>(std::count(text.begin(), text.end(), '&')) + 1;
+    columns_.reset(new (std::nothrow) Column[most]);
+    if (columns_ == nullptr) {
+      return false;
+    }
+    for (std::size_t i = 0; i < most; ++i) {
+      if (!readParameter(takeUntil('&', &text))) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  [[nodiscard]] bool readParameter(std::string_view text) noexcept {
+    constexpr std::string_view rows = "rows=";
+    constexpr std::string_view column = "col=";
+    if (text.starts_with(rows)) {
+      return readRange(text.substr(rows.size()));
+    }
+    return text.starts_with(column) && readColumn(text.substr(column.size()));
+  }
+
+  [[nodiscard]] bool readRange(std::string_view text) noexcept {
+    const bool isFirst = !hasRange_;
+    hasRange_ = true;
+    return isFirst && readNumber(takeUntil(',', &text), &firstRow_) && readNumber(text, &rowCount_);
+  }
+
+  [[nodiscard]] bool readColumn(std::string_view text) noexcept {
+    const auto commas = std::count(text.begin(), text.end(), ',');
+    Column& column = columns_[static_cast<std::size_t>(columnCount_)];
+    ++columnCount_;
+    return zvbDecodePercent(takeUntil(',', &text), &column.name) &&
+           zvbDecodePercent(takeUntil(',', &text), &column.second) &&
+           (commas < 2 || readNumber(text, &column.type));
+  }
+
+  ZvbString scheme_;
+  ZvbString path_;
+  std::unique_ptr<Column[]> columns_;
+  std::int32_t columnCount_ = 0;
+  bool hasRange_ = false;
+  std::int64_t firstRow_ = 0;
+  std::int64_t rowCount_ = -1;
+};
+
+}  // namespace
+
+ZvURI* getURIFromURIString(const ZvbString& text) noexcept {
+  std::unique_ptr<ReadURI> uri(new (std::nothrow) ReadURI);
+  return uri != nullptr && uri->read(text.asView()) ? uri.release() : nullptr;
+}
