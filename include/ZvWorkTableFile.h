@@ -42,8 +42,9 @@ class ZVB_API ZvWorkTableFile : public ZvDatafileSort {
   /// 1420 no such column; 1666 the name is another column's.
   [[nodiscard]] virtual bool defineColumn(int index, ZvbString name, zvbType type, int width) = 0;
 
-  /// Describes column `index`, from 0, of the caller's row. `maxLength` is the size in bytes of the
-  /// longest text written so far, its terminator included. Fails: 1420 no such column.
+  /// Describes column `index`, from 0, of the caller's row, by the name that the caller gave it.
+  /// `maxLength` is the size in bytes of the longest text written so far, its terminator included;
+  /// of a constant text `width` and `maxLength` are its characters. Fails: 1420 no such column.
   [[nodiscard]] virtual bool getColumnDefinition(int index, ZvbString* name, zvbType* type,
                                                  int* width, int* maxLength) = 0;
 
@@ -80,7 +81,9 @@ class ZVB_API ZvWorkTableFile : public ZvDatafileSort {
   /// Statistics of the table as a cursor that the caller owns, or null.
   [[nodiscard]] virtual ZvbStringCursor* getStatistics() = 0;
 
-  /// The URI that opens this table again with the same columns and range; empty on failure.
+  /// The URI that opens this table again with the same columns, names, constants and rows. Of a
+  /// table being written it lists no columns, or all of them with `allColumns` if this object
+  /// created the table. Empty when memory is short; no message is left then.
   [[nodiscard]] virtual ZvbString getURI(bool allColumns) = 0;
 
   /// Adds a row to a table being written: one value per column, in column order. A value is

@@ -66,7 +66,8 @@ class ZVB_API ZvWorkTableManager : public ZvDatafileManagerSortAndSize {
   virtual void dequeue(const ZvbString& key) = 0;
   /// Takes a named key for exclusive use, waiting while another holder has it. Any thread may give
   /// it back. A thread that takes a key it already holds waits for itself. Releasing the manager
-  /// forgets its keys. Fails: 29 memory is short.
+  /// forgets the keys that are still held: nobody has to give them back, and nobody can. Fails: 29
+  /// memory is short.
   [[nodiscard]] virtual bool enqueue(const ZvbString& key, ZvbString* error) = 0;
 
   /// The name given to zvwtCreateManager.
@@ -80,28 +81,39 @@ class ZVB_API ZvWorkTableManager : public ZvDatafileManagerSortAndSize {
   /// With a range only its rows are read. Backwards, reading begins at the table's last row and
   /// ends with the range's first row; the range's row count then has no effect. Fails: 1353 or 1352
   /// the table is not in the directories or cannot be opened; 1784 the name is no plain file name;
-  /// 1773, 1785, 1786, 1787, 1301 the catalogue is damaged; 1788, 1789 the range is negative.
+  /// 1773, 1785, 1786, 1787, 1301 the catalogue is damaged; 1788, 1789 the range is negative; 1791
+  /// there is no column of a number; 1792 a number is given twice.
   [[nodiscard]] virtual ZvWorkTableFile* openTable(const ZvbString& name, int count,
                                                    const int* numbers, const RowRange* range,
                                                    bool readBackwards, ZvbString* error) = 0;
-  /// The same with the columns named; a count of 0 reads rows without any column.
+  /// The same with the columns named, whose case does not count. A column may be named again, and a
+  /// name that the table has not delivers a null text in every row. A count of 0 reads rows without
+  /// any column.
   [[nodiscard]] virtual ZvWorkTableFile* openTable(const ZvbString& name, int count,
                                                    const ZvbString* names, const RowRange* range,
                                                    bool readBackwards, ZvbString* error) = 0;
-  /// The same with all columns.
+  /// The same with all columns and rows of a table that is named, or with those that a URI tells
+  /// (its form is in ZvURI.h, and getURI gives it): columns renamed and repeated, constants, a
+  /// range of rows. A URI that lists no columns reads rows without any; one of a column that the
+  /// table has not delivers a null text, or its second text. Fails: 1790 the URI is of another
+  /// scheme.
   [[nodiscard]] virtual ZvWorkTableFile* openTable(const ZvbString& nameOrUri, bool readBackwards,
                                                    ZvbString* error) = 0;
 
   /// Splits a table's rows into up to *partCount ranges for readers side by side: `ranges` has room
-  /// for as many, and *partCount becomes their number. They hold every row once, in order; with as
-  /// many parts as elements or more, each lies in one element. Fails: as openTable.
+  /// for as many, and *partCount becomes their number. They hold every row of the table once, in
+  /// order, whatever range a URI has; with as many parts as elements or more, each lies in one
+  /// element. Fails: as openTable.
   [[nodiscard]] virtual bool partitionTable(const ZvbString& nameOrUri, int* partCount,
                                             RowRange* ranges, ZvbString* error) = 0;
 
   /// Frees the manager.
   virtual void release() = 0;
 
-  /// Removes a table's files. Fails: as openTable; 1747 a file cannot be deleted.
+  /// Removes a table's files. Whoever has the table open at that time, here or elsewhere, is not
+  /// asked: on Linux files already open can be read to their end, while an element that is still to
+  /// be opened answers 1353, and rows being appended are lost. Fails: as openTable; 1747 a file
+  /// cannot be deleted.
   [[nodiscard]] virtual bool deleteTable(const ZvbString& name, ZvbString* error) = 0;
 
   /// As release().

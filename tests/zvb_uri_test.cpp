@@ -85,12 +85,33 @@ TEST(Uri, HasOneFormOfText) {
 }
 
 TEST(Uri, IsNotEveryTextWithAColon) {
-  for (const char* text :
-       {"", ":", "t", "C:\\x", "1a:x", "a b:x", "zvwt", "zvwt:t%", "zvwt:t%4", "zvwt:t%4g",
-        "zvwt:t%00", "zvwt:t%-1", "zvwt:t&col=a", "zvwt:t?", "zvwt:t?col=a&", "zvwt:t?column=a",
-        "zvwt:t?COL=a", "zvwt:t?rows=1", "zvwt:t?rows=1,", "zvwt:t?rows=1,2,3", "zvwt:t?rows=1, 2",
-        "zvwt:t?rows=1,2&rows=1,2", "zvwt:t?rows=9223372036854775808,1", "zvwt:t?col=a,b,",
-        "zvwt:t?col=a,b,x", "zvwt:t?col=a,b,2,", "zvwt:t?col=a,b,2147483648"}) {
+  for (const char* text : {"",
+                           ":",
+                           "t",
+                           "C:\\x",
+                           "1a:x",
+                           "a b:x",
+                           "zvwt",
+                           "zvwt:t%",
+                           "zvwt:t%4",
+                           "zvwt:t%4g",
+                           "zvwt:t%00",
+                           "zvwt:t%-1",
+                           "zvwt:t&col=a",
+                           "zvwt:t?",
+                           "zvwt:t?col=a&",
+                           "zvwt:t?column=a",
+                           "zvwt:t?COL=a",
+                           "zvwt:t?rows=1",
+                           "zvwt:t?rows=1,",
+                           "zvwt:t?rows=1,2,3",
+                           "zvwt:t?rows=1, 2",
+                           "zvwt:t?rows=1,2&rows=1,2",
+                           "zvwt:t?rows=9223372036854775808,1",
+                           "zvwt:t?col=a,b,",
+                           "zvwt:t?col=a,b,x",
+                           "zvwt:t?col=a,b,2,",
+                           "zvwt:t?col=a,b,2147483648"}) {
     EXPECT_EQ(nullptr, read(text)) << text;
   }
   const ReadHandle other = read("x+1.-:any ?%thing&");

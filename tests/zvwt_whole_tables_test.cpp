@@ -131,6 +131,46 @@ TEST_F(WholeTables, CopyIntoATableReopensItForReading) {
   expectFailure(1769, {source});
 }
 
+TEST_F(WholeTables, ASourceIsWhatItsUriSelects) {
+  const std::string source = makeWords({"one", "three", "seven"});
+  const std::string uri =
+      "zvwt:" + source + "?rows=1,2&col=text,word&col=k,%E2%82%AC%C3%A4,4&col=SIZE";
+  const TableHandle copy(manager->copyTable(0, manager.get(), uri.c_str(), &error));
+  ASSERT_NE(nullptr, copy) << error.asCstr();
+  const std::string target = copy->getName().asCstr();
+  EXPECT_TRUE(copy->close());
+  const Lines rows = {"three|\u20AC\u00E4|5", "seven|\u20AC\u00E4|5"};
+  EXPECT_EQ(rows, readTable(target));
+  EXPECT_STREQ(("zvwt:" + target + "?col=text&col=k&col=size").c_str(),
+               openUri(target)->getURI(false).asCstr());
+
+  EXPECT_FALSE(append(target, source));
+  expectFailure(1769, {source, target, "has 2 columns", "has 3"});
+  EXPECT_FALSE(append(target, "zvwt:" + source + "?col=text,word&col=size&col=k,x,4"));
+  expectFailure(1770, {source, target, "number 1", "\"size\"", "\"k\""});
+  EXPECT_FALSE(append(target, "zvwt:" + source + "?col=text,word&col=k,1,2&col=size"));
+  expectFailure(1771, {source, target, "number 1", "integer", "string"});
+  EXPECT_FALSE(append(target, "ftp:" + source));
+  expectFailure(1790, {"\"ftp\""});
+  EXPECT_EQ(rows, readTable(target));
+  EXPECT_TRUE(append(target, "zvwt:" + source + "?rows=0,1&col=TEXT,word&col=k&col=size"));
+  EXPECT_EQ((Lines{rows[0], rows[1], "one|null|3"}), readTable(target));
+}
+
+TEST_F(WholeTables, ATableThatIsOpenElsewhereCanBeDeleted) {
+  const std::string name = makeCountingTable(10, 20);  // 3 rows an element
+  const TableHandle reader = open(name);
+  ZvbDatavar value;
+  bool end = false;
+  ASSERT_TRUE(reader->readRow(&value, &end));
+  EXPECT_TRUE(manager->deleteTable(name.c_str(), &error)) << error.asCstr();
+  EXPECT_TRUE(directory.names().empty());
+  const Lines rest = readAll(*reader);
+  ASSERT_EQ(3U, rest.size());
+  EXPECT_EQ((Lines{"1", "2"}), (Lines{rest[0], rest[1]}));
+  EXPECT_TRUE(rest[2].starts_with("failed: 1353:")) << rest[2];
+}
+
 // ---- Partitions
 
 TEST_F(WholeTables, PartitionsAreEvenOrFollowTheElements) {

@@ -43,7 +43,8 @@ constexpr bool isSchemeByte(char byte) noexcept {
 }
 
 bool isScheme(std::string_view text) noexcept {
-  return text.size() >= 2 && isLetter(text[0]) && std::all_of(text.begin(), text.end(), isSchemeByte);
+  return text.size() >= 2 && isLetter(text[0]) &&
+         std::all_of(text.begin(), text.end(), isSchemeByte);
 }
 
 class ReadURI final : public ZvURI {

@@ -11,8 +11,8 @@
 ///                      is empty
 ///
 /// Percent signs stand for bytes, as in `%2C` for a comma; letters, digits and `-._~` need none. A
-/// scheme has two characters or more, so that `C:\x` is no URI. Of other schemes than zvwt, which is
-/// recognised in any case, only the scheme is looked at.
+/// scheme has two characters or more, so that `C:\x` is no URI. Of other schemes than zvwt, which
+/// is recognised in any case, only the scheme is looked at.
 ///
 /// For example, `zvwt:zvwt_ab12?rows=5,3&col=b&col=x,a&col=k,42,2&col=n,,3` is rows 5 to 7 with
 /// column b, column a under the name x, the integer 42 as k and a null real as n.

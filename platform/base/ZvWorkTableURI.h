@@ -14,8 +14,8 @@ class ZVB_API ZvWorkTableURI {
   /// The text, in the one form that reading and building it again does not change.
   [[nodiscard]] virtual ZvbString toString() const noexcept = 0;
   /// Adds a column, see ZvURI.h: `type` is 0 for one of the table's columns, whose own name is
-  /// `second` unless that is empty, else the zvbType of a constant. False with a text in *error when
-  /// memory is short; the URI is then as it was.
+  /// `second` unless that is empty, else the zvbType of a constant. False with a text in *error
+  /// when memory is short; the URI is then as it was.
   [[nodiscard]] virtual bool appendColumn(const ZvbString& name, const ZvbString& second,
                                           std::int32_t type, ZvbString* error) noexcept = 0;
 
@@ -23,9 +23,9 @@ class ZVB_API ZvWorkTableURI {
   ~ZvWorkTableURI() = default;
 };
 
-/// The URI of all rows of a table, or of `rowCount` rows from `firstRow` on, as yet without columns.
-/// Null when the name is empty or memory is short. The caller releases the object. Any thread may
-/// call.
+/// The URI of all rows of a table, or of `rowCount` rows from `firstRow` on, as yet without
+/// columns. Null when the name is empty or memory is short. The caller releases the object. Any
+/// thread may call.
 [[nodiscard]] ZVB_API ZvWorkTableURI* getWorkTableURIFromComponents(
     const ZvbString& tableName) noexcept;
 [[nodiscard]] ZVB_API ZvWorkTableURI* getWorkTableURIFromComponents(const ZvbString& tableName,

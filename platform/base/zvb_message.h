@@ -63,6 +63,9 @@ inline constexpr ZvbMessageEntry zvbMessageCatalogue[] = {
     {1787, "", "The file is damaged: its access key is cut off."},
     {1788, "l", "A range of rows cannot begin with row %1: rows are counted from 0."},
     {1789, "l", "A range of rows cannot have %1 rows: give 0 or more, or -1 for all."},
+    {1790, "t",
+     "The scheme \"%1\" is none of work tables: give the name of a table or a URI that begins with "
+     "\"zvwt:\"."},
     {1791, "i", "There is no column number %1: columns are counted from 0."},
     {1792, "i", "Column number %1 is selected twice."},
     {1793, "", "Rows cannot be read: the work table is not open for reading."},

@@ -42,8 +42,8 @@ constexpr bool standsForItself(char byte) noexcept {
 /// The byte that the two characters at the start of `digits` stand for, or -1.
 int readHexByte(std::string_view digits) noexcept {
   unsigned value = 0;
-  if (digits.size() < 2 || std::from_chars(digits.data(), digits.data() + 2, value, 16).ptr !=
-                               digits.data() + 2) {
+  if (digits.size() < 2 ||
+      std::from_chars(digits.data(), digits.data() + 2, value, 16).ptr != digits.data() + 2) {
     return -1;
   }
   return static_cast<int>(value);

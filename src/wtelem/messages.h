@@ -36,6 +36,7 @@ inline constexpr int surplusNotSkipped = 1786;
 inline constexpr int accessKeyTooShort = 1787;
 inline constexpr int negativeFirstRow = 1788;     // first row
 inline constexpr int negativeRowCount = 1789;     // row count
+inline constexpr int otherScheme = 1790;          // scheme
 inline constexpr int noSuchColumnNumber = 1791;   // column number
 inline constexpr int columnSelectedTwice = 1792;  // column number
 inline constexpr int notOpenForReading = 1793;

@@ -7,6 +7,16 @@
 #include "wtelem/messages.h"
 #include "wtfile/ZVWTFileImpl.h"
 
+namespace {
+
+/// A constant text says its width in characters; stored, it keeps all of its bytes.
+std::int32_t storedWidth(const Selection& selection, int position) noexcept {
+  const std::int32_t width = selection.column(position).width;
+  return width > 0 ? std::max(width, selection.constantTextSize(position)) : width;
+}
+
+}  // namespace
+
 bool ZVWTFileImpl::appendFrom(const ZvbString& source) noexcept {
   if (mode_ != Mode::writing) {
     return fail(WT_MESSAGE(notOpenForWriting));
@@ -37,12 +47,12 @@ bool ZVWTFileImpl::copyFrom(ZVWTFileImpl& source) noexcept {
     return false;
   }
   for (int i = 0; i < state_.columnCount; ++i) {
-    const ColumnDefinition& from = *source.columnOfCaller(i);
+    const ColumnDefinition& from = source.selection_.column(i);
     ColumnDefinition& column = state_.columns[static_cast<std::size_t>(i)];
     column.name = from.name;
     column.type = from.type;
     column.storageCode = from.storageCode;
-    column.width = from.width;
+    column.width = storedWidth(source.selection_, i);
     column.maxLength = std::max(column.maxLength, from.maxLength);
     if (column.name.memoryShort()) {
       return fail(WT_MESSAGE(outOfMemory, "(column name)"));
@@ -59,7 +69,7 @@ bool ZVWTFileImpl::sameColumnCount(ZVWTFileImpl& source) noexcept {
 }
 
 bool ZVWTFileImpl::sameColumn(const ZVWTFileImpl& source, int index) noexcept {
-  const ColumnDefinition& from = *source.columnOfCaller(index);
+  const ColumnDefinition& from = source.selection_.column(index);
   const ColumnDefinition& to = state_.columns[static_cast<std::size_t>(index)];
   if (from.name.compare(to.name, false) != 0) {
     return fail(WT_MESSAGE(otherColumnName, source.name_.asCstr(), name_.asCstr(), index,

@@ -33,8 +33,7 @@ void ZVWTFileImpl::startClean(bool forReading, bool backwards) noexcept {
   state_.readsBackwards = backwards;
   state_.otherByteOrder = false;
   state_.stringBuffer.setLimit(0);
-  selection_.reset();
-  selectedCount_ = 0;
+  selection_ = Selection();
   rangeStart_ = 0;
   rangeCount_ = -1;
   rangeEnd_ = -1;
@@ -144,86 +143,5 @@ bool ZVWTFileImpl::startAppending() noexcept {
   if (full) {
     current_ = nullptr;
   }
-  return true;
-}
-
-// ---- The openers for reading
-
-bool ZVWTFileImpl::openFromURI(const ZvbString& text, bool backwards) noexcept {
-  return openWithColumnNames(text, -1, nullptr, nullptr, backwards);
-}
-
-bool ZVWTFileImpl::openWithColumnNames(const ZvbString& name, int count, const ZvbString* /*names*/,
-                                       const RowRange* range, bool backwards) noexcept {
-  if (count > 0) {
-    return unavailable("A selection of columns by name");
-  }
-  return openWithColumnNumbers(name, count, nullptr, range, backwards);
-}
-
-bool ZVWTFileImpl::openWithColumnNumbers(const ZvbString& name, int count, const int* numbers,
-                                         const RowRange* range, bool backwards) noexcept {
-  if (!open(name, true, range, backwards)) {
-    return false;
-  }
-  if (count == -1) {
-    selectAllColumns();
-    return true;
-  }
-  if (!selectByNumbers(count, numbers)) {
-    abandonOpening();
-    return false;
-  }
-  return true;
-}
-
-void ZVWTFileImpl::selectAllColumns() noexcept {
-  std::int32_t longest = 0;
-  for (int i = 0; i < state_.columnCount; ++i) {
-    ColumnDefinition& column = state_.columns[static_cast<std::size_t>(i)];
-    column.targetCount = 1;
-    longest = std::max(longest, column.maxLength);
-  }
-  state_.stringBuffer.setLimit(longest);
-}
-
-bool ZVWTFileImpl::selectByNumbers(int count, const int* numbers) noexcept {
-  if (count >= 0) {
-    selection_.reset(
-        new (std::nothrow)
-            const ColumnDefinition*[std::max<std::size_t>(static_cast<std::size_t>(count), 1)]());
-  }
-  if (selection_ == nullptr) {
-    return fail(WT_MESSAGE(outOfMemory, "(column mapping array)"));
-  }
-  selectedCount_ = count;
-  std::int32_t longest = 0;
-  for (int i = 0; i < count; ++i) {
-    if (!selectColumn(i, numbers[i])) {
-      return false;
-    }
-    longest = std::max(longest, selection_[static_cast<std::size_t>(i)]->maxLength);
-  }
-  state_.stringBuffer.setLimit(longest);
-  return true;
-}
-
-/// Delivers the table's column `number` at `position` of the caller's row.
-bool ZVWTFileImpl::selectColumn(int position, int number) noexcept {
-  if (number < 0 || number >= state_.columnCount) {
-    return fail(WT_MESSAGE(noSuchColumnNumber, number));
-  }
-  ColumnDefinition& column = state_.columns[static_cast<std::size_t>(number)];
-  if (column.targetCount != 0) {
-    return fail(WT_MESSAGE(columnSelectedTwice, number));
-  }
-  if (number != position) {
-    column.targets.reset(new (std::nothrow) std::int32_t[1]{position});
-    if (column.targets == nullptr) {
-      return fail(WT_MESSAGE(outOfMemory, "(targets array)"));
-    }
-  }
-  column.targetCount = 1;
-  selection_[static_cast<std::size_t>(position)] = &column;
   return true;
 }

@@ -106,7 +106,7 @@ bool ZVWTFileImpl::readRow(ZvbDatavar* const* values, bool* endOfTable) noexcept
   if (mode_ != Mode::reading) {
     return fail(WT_MESSAGE(notOpenForReading));
   }
-  const int valueCount = getColumnCount();
+  const int valueCount = selection_.storedCount();
   for (;;) {
     if (pastRange() ||
         (current_ == nullptr && (nextElement_ < 0 || nextElement_ >= elementCount_))) {
@@ -115,6 +115,9 @@ bool ZVWTFileImpl::readRow(ZvbDatavar* const* values, bool* endOfTable) noexcept
     }
     if (current_ == nullptr && !openNextElement()) {
       return false;
+    }
+    if (selection_.hasConstants() && !selection_.deliverConstants(values)) {
+      return fail(WT_MESSAGE(outOfMemory, "(dynamic column value)"));
     }
     bool endOfData = false;
     const bool read = current_->readRow(values, valueCount, &endOfData);

@@ -67,6 +67,7 @@ bool ZVWTFileImpl::create(int columnCount, int sortColumnCount,
 }
 
 bool ZVWTFileImpl::allocateColumns(std::int64_t count) noexcept {
+  selection_ = Selection();
   state_.columns.reset();
   state_.columnCount = 0;
   if (count == 0) {
@@ -79,6 +80,7 @@ bool ZVWTFileImpl::allocateColumns(std::int64_t count) noexcept {
     return fail(WT_MESSAGE(outOfMemory, "(column definition array)"));
   }
   state_.columnCount = static_cast<std::int32_t>(count);
+  selection_ = Selection({state_.columns.get(), static_cast<std::size_t>(count)});
   return true;
 }
 
@@ -104,30 +106,20 @@ bool ZVWTFileImpl::defineColumn(int index, ZvbString name, zvbType type, int wid
   return true;
 }
 
-const ColumnDefinition* ZVWTFileImpl::columnOfCaller(int index) const noexcept {
-  if (index < 0 || index >= (selection_ != nullptr ? selectedCount_ : state_.columnCount)) {
-    return nullptr;
-  }
-  const auto place = static_cast<std::size_t>(index);
-  return selection_ != nullptr ? selection_[place] : &state_.columns[place];
-}
-
 bool ZVWTFileImpl::getColumnDefinition(int index, ZvbString* name, zvbType* type, int* width,
                                        int* maxLength) noexcept {
-  const ColumnDefinition* column = columnOfCaller(index);
-  if (column == nullptr) {
+  if (index < 0 || index >= selection_.count()) {
     return fail(WT_MESSAGE(noSuchColumn));
   }
-  *name = column->name;
-  *type = column->type;
-  *width = column->width;
-  *maxLength = column->maxLength;
+  const ColumnDefinition& column = selection_.column(index);
+  *name = column.name;
+  *type = column.type;
+  *width = column.width;
+  *maxLength = column.maxLength;
   return true;
 }
 
-int ZVWTFileImpl::getColumnCount() noexcept {
-  return selection_ != nullptr ? selectedCount_ : state_.columnCount;
-}
+int ZVWTFileImpl::getColumnCount() noexcept { return selection_.count(); }
 
 ZvbString ZVWTFileImpl::getErrorMessage() noexcept { return errorMessage_; }
 
@@ -248,9 +240,4 @@ bool ZVWTFileImpl::asXml(int /*firstRow*/, int /*maxRows*/, ZvbString* out,
 ZvbStringCursor* ZVWTFileImpl::getStatistics() noexcept {
   (void)unavailable("The statistics cursor");
   return nullptr;
-}
-
-ZvbString ZVWTFileImpl::getURI(bool /*allColumns*/) noexcept {
-  (void)unavailable("The URI of a table");
-  return {};
 }

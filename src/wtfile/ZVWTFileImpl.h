@@ -2,8 +2,9 @@
 ///
 /// Its operations stand in one file each for what they do: ZVWTFileImpl.cpp (life cycle and
 /// columns), TableHeader.cpp (the catalogue's bytes), TableOpen.cpp (opening and positioning),
-/// TableRows.cpp (rows), TableCopy.cpp (copying and appending). The rows themselves are the data
-/// elements' (wtelem/DataElement.h).
+/// TableReaders.cpp (the openers for reading, and the URI), TableRows.cpp (rows), TableCopy.cpp
+/// (copying and appending). The columns that a reader gets are the selection's (Selection.h), the
+/// rows themselves the data elements' (wtelem/DataElement.h).
 /// Thread rule: one thread at a time.
 #pragma once
 
@@ -17,6 +18,7 @@
 #include "wtelem/DataElement.h"
 #include "wtelem/TableState.h"
 #include "wtelem/TempDirectories.h"
+#include "wtfile/Selection.h"
 
 /// What a table uses, in bytes and files.
 struct TableSizes {
@@ -62,7 +64,8 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   [[nodiscard]] bool open(const ZvbString& name, bool forReading, const RowRange* range,
                           bool backwards) noexcept;
 
-  /// Opens for reading with all columns.
+  /// Opens for reading with the columns and rows of a URI, or with all of them when the text is
+  /// none but a table's name.
   [[nodiscard]] bool openFromURI(const ZvbString& text, bool backwards) noexcept;
   /// Opens for reading with the columns listed; a count of -1 means all.
   [[nodiscard]] bool openWithColumnNames(const ZvbString& name, int count, const ZvbString* names,
@@ -70,8 +73,8 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   [[nodiscard]] bool openWithColumnNumbers(const ZvbString& name, int count, const int* numbers,
                                            const RowRange* range, bool backwards) noexcept;
 
-  /// Adds all rows of the source, a table name, to this table, which is open for appending and has
-  /// the same columns. After a failure the rows that came before it stay.
+  /// Adds all rows of the source, a table name or URI, to this table, which is open for appending
+  /// and has the same columns. After a failure the rows that came before it stay.
   [[nodiscard]] bool appendFrom(const ZvbString& source) noexcept;
   /// Takes over the column definitions of the source, which is open for reading and has as many
   /// columns, and adds all its rows.
@@ -104,7 +107,6 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   void closeHeader() noexcept;
   void removeAfterFailure() noexcept;
   bool allocateColumns(std::int64_t count) noexcept;
-  [[nodiscard]] const ColumnDefinition* columnOfCaller(int index) const noexcept;
 
   // The catalogue
   bool writeHeader() noexcept;
@@ -129,9 +131,7 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   bool startReadingAt(std::int64_t row) noexcept;
   bool startAppending() noexcept;
   void abandonOpening() noexcept;
-  void selectAllColumns() noexcept;
-  bool selectByNumbers(int count, const int* numbers) noexcept;
-  bool selectColumn(int position, int number) noexcept;
+  bool finishOpening(bool selected) noexcept;
 
   // Copying
   bool sameColumnCount(ZVWTFileImpl& source) noexcept;
@@ -164,9 +164,7 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   std::int64_t rangeCount_ = -1;  // -1: the opener gave none
   std::int64_t rangeEnd_ = -1;    // the row behind the range; -1: to the end
 
-  // The columns of the caller's row, in its order; none: the table's columns in theirs.
-  std::unique_ptr<const ColumnDefinition*[]> selection_;
-  int selectedCount_ = 0;
+  Selection selection_;  // of state_.columns, as soon as there are any
 
   Elements elements_;  // in row order
   int elementCount_ = 0;

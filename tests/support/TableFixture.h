@@ -110,6 +110,11 @@ class TableTest : public testing::Test {
                                           range, backwards, &error));
   }
 
+  /// Opens by a name or a URI.
+  TableHandle openUri(const std::string& text, bool backwards = false) {
+    return TableHandle(manager->openTable(text.c_str(), backwards, &error));
+  }
+
   /// The rest of the rows, each as its values' texts joined by '|'; a last line "failed: ..." when
   /// reading ended otherwise than at the end of the table.
   static std::vector<std::string> readAll(ZvWorkTableFile& table) {
@@ -132,7 +137,14 @@ class TableTest : public testing::Test {
 
   std::vector<std::string> readTable(const std::string& name, const RowRange* range = nullptr,
                                      bool backwards = false) {
-    const TableHandle table = open(name, range, backwards);
+    return readOpened(open(name, range, backwards));
+  }
+
+  std::vector<std::string> readUri(const std::string& text, bool backwards = false) {
+    return readOpened(openUri(text, backwards));
+  }
+
+  std::vector<std::string> readOpened(const TableHandle& table) {
     return table == nullptr ? std::vector<std::string>{std::string("failed: ") + error.asCstr()}
                             : readAll(*table);
   }
