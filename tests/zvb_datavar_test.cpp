@@ -1,38 +1,16 @@
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <bit>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <limits>
-#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "base/ZvbDatavar.h"
-
-namespace {
-
-// Other tests of this program allocate on several threads.
-std::atomic<bool> memoryIsShort{false};
-std::atomic<int> allocations{0};
-
-}  // namespace
-
-// Texts are allocated with these, so that a test can count allocations and let them fail.
-void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-  ++allocations;
-  return memoryIsShort ? nullptr : std::malloc(size);
-}
-void* operator new[](std::size_t size) {
-  void* block = std::malloc(size);
-  return block != nullptr ? block : throw std::bad_alloc();
-}
-void operator delete[](void* block) noexcept { std::free(block); }
-void operator delete[](void* block, std::size_t /*size*/) noexcept { std::free(block); }
+#include "support/ShortMemory.h"
 
 namespace {
 
@@ -240,7 +218,7 @@ TEST(ZvbDatavarTest, AssigningWhereThereIsRoomAllocatesNothing) {
   const ZvbDatavar source = make(longText);
   ZvbDatavar var = source;
   ZvbString string(longText);
-  const int before = allocations;
+  const std::int64_t before = countAllocations();
   for (int round = 0; round < 3; ++round) {
     var.assign("short");
     string.assign("short");
@@ -252,7 +230,7 @@ TEST(ZvbDatavarTest, AssigningWhereThereIsRoomAllocatesNothing) {
     string.assign(longText, 60);
     string.assign(-123456789);
   }
-  EXPECT_EQ(allocations, before);
+  EXPECT_EQ(countAllocations(), before);
 }
 
 TEST(ZvbDatavarTest, ShortMemoryIsRemembered) {
@@ -260,14 +238,14 @@ TEST(ZvbDatavarTest, ShortMemoryIsRemembered) {
   ZvbString string("kept");
   ZvbDatavar assigned;
   bool appendFailed = false;
-  memoryIsShort = true;
+  std::optional<ShortMemory> shortMemory(std::in_place);
   assigned.assign(longText);
   ZvbDatavar copied = source;
   string.assign(longText);
   const ZvbString result = source.asString();
   const ZvbString formatted = zvbStringFormat("%300d", 1);
   string.append(longText, &appendFailed);
-  memoryIsShort = false;
+  shortMemory.reset();
 
   EXPECT_TRUE(appendFailed);
   EXPECT_STREQ(string.asCstr(), "kept");
