@@ -69,12 +69,11 @@ TEST_F(ShortMemoryTest, OfTheOpeners) {
   const int numbers[] = {1, 0};
   const std::vector<const char*> ofAll = {"(work table file instance)",
                                           "(column definition array)"};
-  const Reasons ofUri =
-      reasonsOf([&] { return isOpened(manager->openTable(uri, false, &error)); });
+  const Reasons ofUri = reasonsOf([&] { return isOpened(manager->openTable(uri, false, &error)); });
   expectNamed(ofUri, ofAll);
-  expectNamed(ofUri, {"(selected column array)", "(selected column targets)",
-                      "(renamed column mapping)", "(selected column mapping)",
-                      "(dynamic column value)"});
+  expectNamed(ofUri,
+              {"(selected column array)", "(selected column targets)", "(renamed column mapping)",
+               "(selected column mapping)", "(dynamic column value)"});
   const Reasons ofNames = reasonsOf(
       [&] { return isOpened(manager->openTable(name, 3, names, nullptr, false, &error)); });
   expectNamed(ofNames, ofAll);

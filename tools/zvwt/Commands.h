@@ -22,15 +22,13 @@ struct GivenWidth {
 };
 
 struct ImportOptions {
-  std::string directories;  ///< separated by np_dir_listsep; empty for the library's choice
-  std::string file;         ///< "-" is standard input
+  std::string file;  ///< "-" is standard input
   std::vector<GivenType> types;
   std::vector<GivenWidth> widths;
   std::int64_t maxElementSize = 0;  ///< bytes, 0 for no limit
 };
 
 struct ReadOptions {
-  std::string directories;
   std::string table;
   RowRange range;
   bool backwards = false;
@@ -42,24 +40,22 @@ struct ShowOptions {
 };
 
 struct InfoOptions {
-  std::string directories;
   std::string table;
 };
 
 struct DeleteOptions {
-  std::string directories;
   std::vector<std::string> tables;
 };
 
 /// Makes a table of a CSV text and prints its name. Whatever fails, nothing stays behind.
-[[nodiscard]] ExitCode runImport(const ImportOptions& options);
+[[nodiscard]] ExitCode runImport(ZvWorkTableManager& manager, const ImportOptions& options);
 /// Prints rows for people.
-[[nodiscard]] ExitCode runShow(const ShowOptions& options);
+[[nodiscard]] ExitCode runShow(ZvWorkTableManager& manager, const ShowOptions& options);
 /// Prints rows as CSV, see CsvWriter.h.
-[[nodiscard]] ExitCode runExport(const ReadOptions& options);
+[[nodiscard]] ExitCode runExport(ZvWorkTableManager& manager, const ReadOptions& options);
 /// Prints what a table consists of.
-[[nodiscard]] ExitCode runInfo(const InfoOptions& options);
+[[nodiscard]] ExitCode runInfo(ZvWorkTableManager& manager, const InfoOptions& options);
 /// Deletes every table that can be deleted; a failure is one of any of them.
-[[nodiscard]] ExitCode runDelete(const DeleteOptions& options);
+[[nodiscard]] ExitCode runDelete(ZvWorkTableManager& manager, const DeleteOptions& options);
 
 }  // namespace zvwttool

@@ -4,16 +4,11 @@
 
 namespace zvwttool {
 
-ExitCode runDelete(const DeleteOptions& options) {
-  std::string error;
-  const ManagerHandle manager = openManager(options.directories, &error);
-  if (manager == nullptr) {
-    return fail(error);
-  }
+ExitCode runDelete(ZvWorkTableManager& manager, const DeleteOptions& options) {
   ExitCode result = ExitCode::success;
   for (const std::string& table : options.tables) {
     ZvbString text;
-    if (!manager->deleteTable(table.c_str(), &text)) {
+    if (!manager.deleteTable(table.c_str(), &text)) {
       result = fail(table + ": " + text.asCstr());
     }
   }

@@ -42,10 +42,10 @@ bool writeRows(TableRows* rows, OutputBuffer* output, std::string* error) {
 
 }  // namespace
 
-ExitCode runExport(const ReadOptions& options) {
+ExitCode runExport(ZvWorkTableManager& manager, const ReadOptions& options) {
   TableRows rows;
   std::string error;
-  if (!rows.open(options, &error)) {
+  if (!rows.open(manager, options, &error)) {
     return fail(error);
   }
   OutputBuffer output;

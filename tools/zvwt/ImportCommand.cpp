@@ -36,7 +36,8 @@ bool sameName(const std::string& left, const std::string& right) {
 /// One run of an import, step by step. A step that fails has said why.
 class Import {
  public:
-  explicit Import(const ImportOptions& options) : options_(options) {}
+  Import(ZvWorkTableManager& manager, const ImportOptions& options)
+      : manager_(manager), options_(options) {}
 
   [[nodiscard]] ExitCode run();
 
@@ -56,8 +57,8 @@ class Import {
   void reportColumns() const;
   void reportRows() const;
 
+  ZvWorkTableManager& manager_;
   const ImportOptions& options_;
-  ManagerHandle manager_;
   CsvInput input_;
   std::vector<Column> columns_;
   std::vector<ZvbDatavar> values_;
@@ -85,11 +86,7 @@ ExitCode Import::run() {
 
 ExitCode Import::openInput() {
   std::string error;
-  manager_ = openManager(options_.directories, &error);
-  if (manager_ == nullptr) {
-    return fail(error);
-  }
-  const auto directories = splitDirectories(manager_->getDirectoryList().asCstr());
+  const auto directories = splitDirectories(manager_.getDirectoryList().asCstr());
   if (!input_.open(options_.file, directories, &error)) {
     return fail(error);
   }
@@ -191,7 +188,7 @@ ExitCode Import::inferTypes(CsvReader* reader) {
 ExitCode Import::makeTable(CsvReader* reader) {
   reportColumns();
   const InterruptGuard guard;
-  NewTable table(manager_.get());
+  NewTable table(&manager_);
   ExitCode step = defineColumns(&table);
   if (step == ExitCode::success) {
     step = writeRows(reader, &table);
@@ -289,6 +286,8 @@ void Import::reportRows() const {
 
 }  // namespace
 
-ExitCode runImport(const ImportOptions& options) { return Import(options).run(); }
+ExitCode runImport(ZvWorkTableManager& manager, const ImportOptions& options) {
+  return Import(manager, options).run();
+}
 
 }  // namespace zvwttool

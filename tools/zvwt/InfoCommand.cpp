@@ -85,25 +85,20 @@ bool printColumns(ZvWorkTableFile* table, OutputBuffer* output) {
 
 }  // namespace
 
-ExitCode runInfo(const InfoOptions& options) {
-  std::string error;
-  const ManagerHandle manager = openManager(options.directories, &error);
-  if (manager == nullptr) {
-    return fail(error);
-  }
+ExitCode runInfo(ZvWorkTableManager& manager, const InfoOptions& options) {
   ZvbString text;
-  const TableHandle table(manager->openTable(options.table.c_str(), false, &text));
+  const TableHandle table(manager.openTable(options.table.c_str(), false, &text));
   if (table == nullptr) {
     return fail(text.asCstr());
   }
   const ZvbString name = table->getName();
   ZvwtTableSizes sizes{};
-  if (!zvwtGetTableSizes(manager.get(), name, &sizes, &text)) {
+  if (!zvwtGetTableSizes(&manager, name, &sizes, &text)) {
     return fail(text.asCstr());
   }
   OutputBuffer output;
   printFacts(name.asCstr(),
-             pathOf(name.asCstr(), splitDirectories(manager->getDirectoryList().asCstr())),
+             pathOf(name.asCstr(), splitDirectories(manager.getDirectoryList().asCstr())),
              table->getColumnCount(), sizes, &output);
   output.append('\n');
   const bool complete = printColumns(table.get(), &output);

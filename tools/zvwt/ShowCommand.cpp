@@ -55,10 +55,10 @@ ReadResult addRows(TableRows* rows, std::int64_t limit, TextGrid* grid, std::str
 
 }  // namespace
 
-ExitCode runShow(const ShowOptions& options) {
+ExitCode runShow(ZvWorkTableManager& manager, const ShowOptions& options) {
   TableRows rows;
   std::string error;
-  if (!rows.open(options.read, &error)) {
+  if (!rows.open(manager, options.read, &error)) {
     return fail(error);
   }
   TextGrid grid = makeGrid(rows);

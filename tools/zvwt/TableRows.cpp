@@ -4,20 +4,18 @@
 
 namespace zvwttool {
 
-bool TableRows::open(const ReadOptions& options, std::string* error) {
-  return openTable(options, error) && describeColumns(error) && limitToRange(options, error);
+bool TableRows::open(ZvWorkTableManager& manager, const ReadOptions& options, std::string* error) {
+  return openTable(manager, options, error) && describeColumns(error) &&
+         limitToRange(options, error);
 }
 
-bool TableRows::openTable(const ReadOptions& options, std::string* error) {
-  manager_ = openManager(options.directories, error);
-  if (manager_ == nullptr) {
-    return false;
-  }
+bool TableRows::openTable(ZvWorkTableManager& manager, const ReadOptions& options,
+                          std::string* error) {
   constexpr int allColumns = -1;
   const ZvbString* noNames = nullptr;
   ZvbString text;
-  table_.reset(manager_->openTable(options.table.c_str(), allColumns, noNames, &options.range,
-                                   options.backwards, &text));
+  table_.reset(manager.openTable(options.table.c_str(), allColumns, noNames, &options.range,
+                                 options.backwards, &text));
   if (table_ == nullptr) {
     *error = text.asCstr();
   }

@@ -18,8 +18,9 @@ class TableRows {
     zvbType type;
   };
 
-  /// Opens the table. False with the reason in *error.
-  [[nodiscard]] bool open(const ReadOptions& options, std::string* error);
+  /// Opens the table. False with the reason in *error. The manager outlives the rows.
+  [[nodiscard]] bool open(ZvWorkTableManager& manager, const ReadOptions& options,
+                          std::string* error);
   [[nodiscard]] const std::vector<Column>& columns() const { return columns_; }
 
   /// Reads the next row into value(). On failure the reason is in *error.
@@ -29,12 +30,12 @@ class TableRows {
   [[nodiscard]] std::int64_t remaining() const { return remaining_; }
 
  private:
-  [[nodiscard]] bool openTable(const ReadOptions& options, std::string* error);
+  [[nodiscard]] bool openTable(ZvWorkTableManager& manager, const ReadOptions& options,
+                               std::string* error);
   [[nodiscard]] bool describeColumns(std::string* error);
   [[nodiscard]] bool limitToRange(const ReadOptions& options, std::string* error);
   [[nodiscard]] bool readRow(std::string* error);
 
-  ManagerHandle manager_;
   TableHandle table_;
   std::vector<Column> columns_;
   std::vector<ZvbDatavar> values_;

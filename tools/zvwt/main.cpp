@@ -1,15 +1,13 @@
 #include <CLI/CLI.hpp>
-#include <algorithm>
-#include <charconv>
 #include <csignal>
-#include <limits>
-#include <map>
+#include <functional>
 #include <new>
-#include <optional>
 
 #include "Commands.h"
 #include "Diagnostics.h"
 #include "Directories.h"
+#include "Handles.h"
+#include "OptionValues.h"
 #include "fio/np_dir.h"
 
 namespace {
@@ -30,77 +28,19 @@ struct Options {
   ReadOptions read;
   InfoOptions info;
   DeleteOptions remove;
+  /// Runs the verb that was given.
+  std::function<ExitCode(ZvWorkTableManager&)> run;
 };
 
-template <typename Number>
-std::optional<Number> readNumber(std::string_view text) {
-  Number number = 0;
-  const char* end = text.data() + text.size();
-  const auto [stop, status] = std::from_chars(text.data(), end, number);
-  if (status != std::errc() || stop != end) {
-    return std::nullopt;
-  }
-  return number;
-}
-
-/// Splits NAME=VALUE at its last equals sign: names may contain some.
-std::pair<std::string, std::string> splitAssignment(const std::string& option,
-                                                    const std::string& text) {
-  const std::size_t equals = text.rfind('=');
-  if (equals == std::string::npos || equals == 0) {
-    throw CLI::ValidationError(option, "\"" + text + "\" is not of the form COLUMN=VALUE");
-  }
-  return {text.substr(0, equals), text.substr(equals + 1)};
-}
-
-GivenType readGivenType(const std::string& text) {
-  static const std::map<std::string, zvbType> types = {{"bool", zvbTypeBoolean},
-                                                       {"int", zvbTypeInteger},
-                                                       {"real", zvbTypeReal},
-                                                       {"string", zvbTypeString},
-                                                       {"date", zvbTypeDate}};
-  const auto [column, word] = splitAssignment("--type", text);
-  const auto type = types.find(word);
-  if (type == types.end()) {
-    throw CLI::ValidationError("--type",
-                               "\"" + word + "\" is none of bool, int, real, string, date");
-  }
-  return {column, type->second};
-}
-
-GivenWidth readGivenWidth(const std::string& text) {
-  const auto [column, number] = splitAssignment("--width", text);
-  const std::optional<int> bytes = readNumber<int>(number);
-  if (bytes.value_or(0) < 1) {
-    throw CLI::ValidationError("--width", "\"" + number + "\" is no number of bytes from 1 on");
-  }
-  return {column, *bytes};
-}
-
-RowRange readRowRange(const std::string& text) {
-  const std::size_t comma = std::min(text.find(','), text.size());
-  const std::string_view view = text;
-  const auto first = readNumber<std::int64_t>(view.substr(0, comma));
-  const auto count = readNumber<std::int64_t>(view.substr(std::min(comma + 1, view.size())));
-  if (first.value_or(-1) < 0 || count.value_or(-2) < -1 ||
-      *count > std::numeric_limits<std::int64_t>::max() - *first) {
-    throw CLI::ValidationError(
-        "--rows", "\"" + text + "\" is not FIRST,COUNT with FIRST from 0 and COUNT from -1 on");
-  }
-  return {*first, *count};
-}
-
-CLI::Validator countFromZero() {
-  return {[](const std::string& text) {
-            const bool fits = readNumber<std::int64_t>(text).value_or(-1) >= 0;
-            return fits ? std::string() : "\"" + text + "\" is no number from 0 on";
-          },
-          ""};
-}
-
+/// `given` are the verb's own options, a part of *options.
+template <typename Given>
 CLI::App* addVerb(CLI::App* app, const std::string& name, const std::string& description,
+                  ExitCode (*run)(ZvWorkTableManager&, const Given&), const Given* given,
                   Options* options) {
   CLI::App* verb = app->add_subcommand(name, description);
+  verb->callback([run, given, options] {
+    options->run = [run, given](ZvWorkTableManager& manager) { return run(manager, *given); };
+  });
   verb->footer(exitCodes);
   verb->add_option("--dir", options->directories,
                    "directories of the tables, in the order in which they are searched; may be "
@@ -136,10 +76,10 @@ void addReadOptions(CLI::App* verb, ReadOptions* read) {
   verb->add_flag("--backwards", read->backwards, "the last of the rows first");
 }
 
-CLI::App* addImport(CLI::App* app, Options* options) {
+void addImport(CLI::App* app, Options* options) {
   ImportOptions* import = &options->import;
-  CLI::App* verb =
-      addVerb(app, "import", "Makes a table of a CSV file and prints the table's name", options);
+  CLI::App* verb = addVerb(app, "import", "Makes a table of a CSV file and prints the table's name",
+                           runImport, import, options);
   verb->add_option("FILE", import->file, "the file, \"-\" for standard input")->required();
   addGiven<GivenType>(verb, "--type", "COLUMN=TYPE",
                       "the type of a column: bool, int, real, string or date. Without it the type "
@@ -151,48 +91,37 @@ CLI::App* addImport(CLI::App* app, Options* options) {
   verb->add_option("--max-element-size", import->maxElementSize,
                    "bytes of rows after which the table begins another pair of files; 0 for no "
                    "limit")
-      ->check(countFromZero())
+      ->check(countFrom(0))
       ->take_last()
       ->type_name("BYTES");
-  return verb;
 }
 
-CLI::App* addShow(CLI::App* app, Options* options) {
-  CLI::App* verb = addVerb(app, "show", "Prints the first rows of a table for people", options);
+void addShow(CLI::App* app, Options* options) {
+  CLI::App* verb = addVerb(app, "show", "Prints the first rows of a table for people", runShow,
+                           &options->show, options);
   addReadOptions(verb, &options->show.read);
   verb->add_option("--limit", options->show.limit, "the most rows to print")
-      ->check(countFromZero())
+      ->check(countFrom(0))
       ->take_last()
       ->capture_default_str()
       ->type_name("ROWS");
-  return verb;
 }
 
-CLI::App* addExport(CLI::App* app, Options* options) {
-  CLI::App* verb = addVerb(app, "export", "Prints a table as CSV", options);
+void addExport(CLI::App* app, Options* options) {
+  CLI::App* verb =
+      addVerb(app, "export", "Prints a table as CSV", runExport, &options->read, options);
   addReadOptions(verb, &options->read);
-  return verb;
 }
 
-CLI::App* addInfo(CLI::App* app, Options* options) {
-  CLI::App* verb = addVerb(app, "info", "Prints what a table consists of", options);
+void addInfo(CLI::App* app, Options* options) {
+  CLI::App* verb =
+      addVerb(app, "info", "Prints what a table consists of", runInfo, &options->info, options);
   verb->add_option("TABLE", options->info.table, "the table's name")->required();
-  return verb;
 }
 
-CLI::App* addDelete(CLI::App* app, Options* options) {
-  CLI::App* verb = addVerb(app, "delete", "Deletes tables", options);
+void addDelete(CLI::App* app, Options* options) {
+  CLI::App* verb = addVerb(app, "delete", "Deletes tables", runDelete, &options->remove, options);
   verb->add_option("TABLE", options->remove.tables, "the tables' names")->required();
-  return verb;
-}
-
-void spreadDirectories(Options* options) {
-  const std::string directories = joinDirectories(options->directories);
-  options->import.directories = directories;
-  options->show.read.directories = directories;
-  options->read.directories = directories;
-  options->info.directories = directories;
-  options->remove.directories = directories;
 }
 
 ExitCode run(int argumentCount, char** arguments) {
@@ -200,27 +129,19 @@ ExitCode run(int argumentCount, char** arguments) {
   app.require_subcommand(1);
   app.footer(exitCodes);
   Options options;
-  const CLI::App* importVerb = addImport(&app, &options);
-  const CLI::App* showVerb = addShow(&app, &options);
-  const CLI::App* exportVerb = addExport(&app, &options);
-  const CLI::App* infoVerb = addInfo(&app, &options);
+  addImport(&app, &options);
+  addShow(&app, &options);
+  addExport(&app, &options);
+  addInfo(&app, &options);
   addDelete(&app, &options);
   try {
     app.parse(argumentCount, arguments);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? ExitCode::success : ExitCode::usage;
   }
-  spreadDirectories(&options);
-  if (importVerb->parsed()) {
-    return runImport(options.import);
-  }
-  if (showVerb->parsed()) {
-    return runShow(options.show);
-  }
-  if (exportVerb->parsed()) {
-    return runExport(options.read);
-  }
-  return infoVerb->parsed() ? runInfo(options.info) : runDelete(options.remove);
+  std::string error;
+  const ManagerHandle manager = openManager(joinDirectories(options.directories), &error);
+  return manager == nullptr ? fail(error) : options.run(*manager);
 }
 
 }  // namespace
