@@ -222,6 +222,71 @@ TEST_F(Tool, ReadsRangesInBothDirections) {
   }
 }
 
+TEST_F(Tool, ReadsSelectedColumnsByOptionsOrByTheUriThatStandsForThem) {
+  const std::string table = import("a,\"b,c\",x=y\n1,one,0.5\n2,two,1.5\n3,three,2.5\n");
+  const std::vector<std::string> options = {"--select", "x=y,n=A", "--select",
+                                            "a",        "--rows",  "1,2"};
+  const std::string rows = "x=y,n,a\n1.5,2,2\n2.5,3,3\n";
+  EXPECT_EQ(exported(table, options), rows);
+  std::vector<std::string> asked = options;
+  asked.insert(asked.end(), {"--uri", table});
+  const std::string uri = "zvwt:" + table + "?rows=1,2&col=x%3Dy&col=n,A&col=a";
+  EXPECT_EQ(run("show", asked).output, uri + '\n');
+  EXPECT_EQ(exported(uri), rows);
+  EXPECT_EQ(exported(uri, {"--backwards"}), "x=y,n,a\n2.5,3,3\n1.5,2,2\n");
+  EXPECT_EQ(exported("zvwt:" + table + "?col=b%2Cc&col=k,42,2", {"--rows", "2,1"}),
+            "\"b,c\",k\nthree,42\n");
+  EXPECT_EQ(exported("zvwt:" + table, {"--select", "a"}), "a\n1\n2\n3\n");
+  EXPECT_EQ(run("info", {uri}).exitCode, 0);
+
+  const Outcome missing = run("export", {"--select", "a,x=b", table});
+  EXPECT_EQ(missing.exitCode, 1);
+  EXPECT_EQ(missing.errors, "zvwt: the table has no column \"b\"\n");
+  EXPECT_EQ(run("export", {"zvwt:" + table + "?rows=-1,1"}).exitCode, 1);
+}
+
+TEST_F(Tool, CopiesAndAppendsWhatIsSelected) {
+  const std::string table = import("a,b\n1,x\n2,\u00E4\n");
+  const Outcome copied = run("copy", {"--select", "n=b,m=a", "--max-element-size", "1", table});
+  EXPECT_EQ(copied.exitCode, 0) << copied.errors;
+  EXPECT_EQ(copied.errors, "");
+  const std::string copy = copied.output.substr(0, copied.output.find('\n'));
+  EXPECT_EQ(run("append", {copy, "zvwt:" + table + "?rows=1,1&col=n,b&col=m,7,2"}).exitCode, 0);
+  EXPECT_EQ(exported(copy), "n,m\nx,1\n\u00E4,2\n\u00E4,7\n");
+  EXPECT_NE(run("info", {copy}).output.find("elements       3\n"), std::string::npos);
+  const Outcome other = run("append", {copy, table});
+  EXPECT_EQ(other.exitCode, 1);
+  EXPECT_NE(other.errors.find("1770"), std::string::npos) << other.errors;
+  const std::size_t files = tables_.names().size();
+  EXPECT_EQ(run("copy", {table}, ">/dev/full").exitCode, 1);
+  EXPECT_EQ(run("copy", {"zvwt_missing"}).exitCode, 1);
+  EXPECT_EQ(tables_.names().size(), files);
+}
+
+TEST_F(Tool, PartsReadInParallelAreTheTable) {
+  std::string text = "n,t\n";
+  for (int row = 0; row < 1000; ++row) {
+    text += std::to_string(row) + ",row\n";
+  }
+  const std::string table = import(text);
+  for (int doubling = 0; doubling < 10; ++doubling) {
+    EXPECT_EQ(run("append", {table, table}).exitCode, 0);
+  }
+  const Outcome copied = run("copy", {"--max-element-size", "3000000", table});
+  const std::string copy = copied.output.substr(0, copied.output.find('\n'));
+  EXPECT_EQ(run("partition", {"--select", "t", "zvwt:" + copy, "1"}).output,
+            "zvwt:" + copy + "?rows=0,1024000&col=t\n");
+  const std::string script = files_.write(
+      "parts.sh", "export ZVWT=" + quoted(ZVWT_TOOL_PATH) + " ZVB_BASE_TEMP=" +
+                      quoted(tables_.path()) + "\n" + "cd " + quoted(files_.path()) + "\n" +
+                      R"("$ZVWT" partition "$1" 20 | nl -n rz |)"
+                      R"( xargs -P 4 -L 1 sh -c '"$ZVWT" export "$1" | tail -n +2 >part.$0')"
+                      "\ncat part.*\n");
+  const Outcome together = execute("sh " + quoted(script) + ' ' + copy);
+  EXPECT_EQ(together.errors, "");
+  EXPECT_TRUE("n,t\n" + together.output == exported(table));
+}
+
 TEST_F(Tool, ShowsRowsInAlignedColumns) {
   const std::string longText(61, 'x');
   const std::string table =
@@ -309,6 +374,13 @@ TEST_F(Tool, RefusesAWrongCommandLine) {
       {"export", {"--rows", "-1,5", "x"}},
       {"export", {"--rows", "9223372036854775807,1", "x"}},
       {"delete", {}},
+      {"copy", {}},
+      {"append", {"x"}},
+      {"partition", {"x"}},
+      {"partition", {"x", "0"}},
+      {"export", {"http://x"}},
+      {"export", {"zvwt:x?col=a", "--select", "a"}},
+      {"copy", {"zvwt:x?rows=0,1", "--rows", "0,1"}},
   };
   for (const auto& [verb, arguments] : cases) {
     const Outcome outcome = run(verb, arguments);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,9 +29,15 @@ struct ImportOptions {
   std::int64_t maxElementSize = 0;  ///< bytes, 0 for no limit
 };
 
+/// What is to be read.
+struct SourceOptions {
+  std::string table;                ///< a table's name or a URI
+  std::vector<std::string> select;  ///< lists of columns, each NAME or NEW=NAME
+  std::optional<RowRange> range;
+};
+
 struct ReadOptions {
-  std::string table;
-  RowRange range;
+  SourceOptions source;
   bool backwards = false;
 };
 
@@ -41,6 +48,21 @@ struct ShowOptions {
 
 struct InfoOptions {
   std::string table;
+};
+
+struct CopyOptions {
+  SourceOptions source;
+  std::int64_t maxElementSize = 0;  ///< bytes, 0 for no limit
+};
+
+struct AppendOptions {
+  std::string target;
+  SourceOptions source;
+};
+
+struct PartitionOptions {
+  SourceOptions source;
+  int parts = 1;
 };
 
 struct DeleteOptions {
@@ -55,6 +77,15 @@ struct DeleteOptions {
 [[nodiscard]] ExitCode runExport(ZvWorkTableManager& manager, const ReadOptions& options);
 /// Prints what a table consists of.
 [[nodiscard]] ExitCode runInfo(ZvWorkTableManager& manager, const InfoOptions& options);
+/// Makes a table of a source's rows and columns and prints its name. Whatever fails, nothing stays
+/// behind.
+[[nodiscard]] ExitCode runCopy(ZvWorkTableManager& manager, const CopyOptions& options);
+/// Adds the rows of a source to a table.
+[[nodiscard]] ExitCode runAppend(ZvWorkTableManager& manager, const AppendOptions& options);
+/// Prints a URI for each part of a table.
+[[nodiscard]] ExitCode runPartition(ZvWorkTableManager& manager, const PartitionOptions& options);
+/// Prints the URI of a source.
+[[nodiscard]] ExitCode runPrintUri(ZvWorkTableManager& manager, const SourceOptions& options);
 /// Deletes every table that can be deleted; a failure is one of any of them.
 [[nodiscard]] ExitCode runDelete(ZvWorkTableManager& manager, const DeleteOptions& options);
 

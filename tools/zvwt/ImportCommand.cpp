@@ -19,8 +19,6 @@
 namespace zvwttool {
 namespace {
 
-constexpr std::string_view interruption = "interrupted";
-
 struct Column {
   std::string name;
   std::optional<zvbType> givenType;
@@ -253,14 +251,8 @@ ExitCode Import::finishTable(NewTable* table) {
   if (!table->close()) {
     return fail(table->errorText());
   }
-  if (InterruptGuard::interrupted()) {
-    return fail(interruption);
-  }
-  OutputBuffer output;
-  output.append(table->name() + '\n');
-  const ExitCode step = output.finish();
+  const ExitCode step = table->finish();
   if (step == ExitCode::success) {
-    table->keep();
     reportRows();
   }
   return step;

@@ -3,8 +3,12 @@
 
 #include <array>
 #include <csignal>
+#include <string_view>
 
 namespace zvwttool {
+
+/// Why a command fails that was interrupted.
+inline constexpr std::string_view interruption = "interrupted";
 
 /// While it lives, SIGINT, SIGTERM and SIGHUP are only remembered: ask interrupted() often. One at
 /// a time; signals that the tool was started to ignore stay ignored.

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "ExitCode.h"
 #include "Handles.h"
 
 namespace zvwttool {
@@ -18,17 +19,22 @@ class NewTable {
 
   /// The operations return false with the reason in errorText().
   [[nodiscard]] bool create(int columnCount, std::int64_t maxElementSize);
+  /// Makes a closed table of what a URI stands for, in place of create().
+  [[nodiscard]] bool copy(const ZvbString& uri, std::int64_t maxElementSize);
+  /// Adds what a URI stands for to the closed table.
+  [[nodiscard]] bool append(const ZvbString& uri);
   [[nodiscard]] bool defineColumn(int index, const std::string& name, zvbType type, int width);
   [[nodiscard]] bool writeRow(const ZvbDatavar* values);
   [[nodiscard]] bool close();
-  /// Leaves the closed table on disk.
-  void keep() { isKept_ = true; }
+  /// Prints the closed table's name and leaves it on disk, unless a signal or a failed output says
+  /// that nobody wants it any more.
+  [[nodiscard]] ExitCode finish();
 
-  [[nodiscard]] std::string name() const { return table_->getName().asCstr(); }
   [[nodiscard]] const std::string& errorText() const { return error_; }
 
  private:
   [[nodiscard]] bool check(bool done);
+  [[nodiscard]] bool checkManager(bool done, const ZvbString& text);
 
   ZvWorkTableManager* manager_;
   TableHandle table_;

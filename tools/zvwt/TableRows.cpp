@@ -1,7 +1,5 @@
 #include "TableRows.h"
 
-#include <algorithm>
-
 namespace zvwttool {
 
 bool TableRows::open(ZvWorkTableManager& manager, const ReadOptions& options, std::string* error) {
@@ -11,11 +9,11 @@ bool TableRows::open(ZvWorkTableManager& manager, const ReadOptions& options, st
 
 bool TableRows::openTable(ZvWorkTableManager& manager, const ReadOptions& options,
                           std::string* error) {
-  constexpr int allColumns = -1;
-  const ZvbString* noNames = nullptr;
+  if (!source_.find(manager, options.source, error)) {
+    return false;
+  }
   ZvbString text;
-  table_.reset(manager.openTable(options.table.c_str(), allColumns, noNames, &options.range,
-                                 options.backwards, &text));
+  table_.reset(manager.openTable(source_.uri(), options.backwards, &text));
   if (table_ == nullptr) {
     *error = text.asCstr();
   }
@@ -42,11 +40,10 @@ bool TableRows::describeColumns(std::string* error) {
 // Read backwards, the library begins at the table's last row whatever the range's row count says:
 // the rows above the range are passed over here.
 bool TableRows::limitToRange(const ReadOptions& options, std::string* error) {
-  const std::int64_t behindFirst =
-      std::max<std::int64_t>(table_->getRowCount() - options.range.firstRow, 0);
-  const std::int64_t wanted = options.range.rowCount;
-  remaining_ = wanted < 0 ? behindFirst : std::min(wanted, behindFirst);
-  const std::int64_t above = options.backwards && remaining_ > 0 ? behindFirst - remaining_ : 0;
+  const RowRange rows = source_.rows();
+  remaining_ = rows.rowCount;
+  const std::int64_t behind = table_->getRowCount() - rows.firstRow - rows.rowCount;
+  const std::int64_t above = options.backwards && remaining_ > 0 ? behind : 0;
   for (std::int64_t row = 0; row < above; ++row) {
     if (!readRow(error)) {
       return false;

@@ -8,6 +8,7 @@
 #include "Commands.h"
 #include "CsvReader.h"
 #include "Handles.h"
+#include "Source.h"
 
 namespace zvwttool {
 
@@ -36,6 +37,7 @@ class TableRows {
   [[nodiscard]] bool limitToRange(const ReadOptions& options, std::string* error);
   [[nodiscard]] bool readRow(std::string* error);
 
+  Source source_;
   TableHandle table_;
   std::vector<Column> columns_;
   std::vector<ZvbDatavar> values_;

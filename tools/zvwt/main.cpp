@@ -8,6 +8,7 @@
 #include "Directories.h"
 #include "Handles.h"
 #include "OptionValues.h"
+#include "Source.h"
 #include "fio/np_dir.h"
 
 namespace {
@@ -26,8 +27,12 @@ struct Options {
   ImportOptions import;
   ShowOptions show;
   ReadOptions read;
+  CopyOptions copy;
+  AppendOptions append;
+  PartitionOptions partition;
   InfoOptions info;
   DeleteOptions remove;
+  const SourceOptions* uriWanted = nullptr;  ///< print this one's URI in place of running the verb
   /// Runs the verb that was given.
   std::function<ExitCode(ZvWorkTableManager&)> run;
 };
@@ -66,14 +71,51 @@ void addGiven(CLI::App* verb, const std::string& name, const std::string& form,
       ->type_name(form);
 }
 
-void addReadOptions(CLI::App* verb, ReadOptions* read) {
-  verb->add_option("TABLE", read->table, "the table's name")->required();
+void addSelect(CLI::App* verb, SourceOptions* source) {
+  verb->add_option("--select", source->select,
+                   "only these columns, in this order, each by its name or as NEW=NAME; a column "
+                   "may be given more than once, and so may the option")
+      ->allow_extra_args(false)
+      ->type_name("COLUMN,...");
+}
+
+void addRows(CLI::App* verb, SourceOptions* source) {
   verb->add_option_function<std::string>(
-          "--rows", [read](const std::string& text) { read->range = readRowRange(text); },
+          "--rows", [source](const std::string& text) { source->range = readRowRange(text); },
           "only COUNT rows from row FIRST on; rows count from 0, a COUNT of -1 means to the end")
       ->take_last()
       ->type_name("FIRST,COUNT");
+}
+
+/// The table that a verb reads, and which of its columns.
+void addSource(CLI::App* verb, const char* position, SourceOptions* source, Options* options) {
+  verb->add_option(position, source->table, "the table's name, or a URI of it")->required();
+  addSelect(verb, source);
+  verb->add_flag_callback(
+      "--uri", [source, options] { options->uriWanted = source; },
+      "print the URI of what would be read, which can be given in place of the name and the "
+      "options, and do nothing else");
+  verb->parse_complete_callback([source] {
+    const std::string contradiction = Source::contradiction(*source);
+    if (!contradiction.empty()) {
+      throw CLI::ValidationError(contradiction);
+    }
+  });
+}
+
+void addReadOptions(CLI::App* verb, ReadOptions* read, Options* options) {
+  addSource(verb, "TABLE", &read->source, options);
+  addRows(verb, &read->source);
   verb->add_flag("--backwards", read->backwards, "the last of the rows first");
+}
+
+void addMaxElementSize(CLI::App* verb, std::int64_t* maxElementSize) {
+  verb->add_option("--max-element-size", *maxElementSize,
+                   "bytes of rows after which the table begins another pair of files; 0 for no "
+                   "limit")
+      ->check(countFrom(0))
+      ->take_last()
+      ->type_name("BYTES");
 }
 
 void addImport(CLI::App* app, Options* options) {
@@ -88,18 +130,13 @@ void addImport(CLI::App* app, Options* options) {
   addGiven<GivenWidth>(verb, "--width", "COLUMN=BYTES",
                        "makes a column one of strings that are cut to so many bytes",
                        readGivenWidth, &import->widths);
-  verb->add_option("--max-element-size", import->maxElementSize,
-                   "bytes of rows after which the table begins another pair of files; 0 for no "
-                   "limit")
-      ->check(countFrom(0))
-      ->take_last()
-      ->type_name("BYTES");
+  addMaxElementSize(verb, &import->maxElementSize);
 }
 
 void addShow(CLI::App* app, Options* options) {
   CLI::App* verb = addVerb(app, "show", "Prints the first rows of a table for people", runShow,
                            &options->show, options);
-  addReadOptions(verb, &options->show.read);
+  addReadOptions(verb, &options->show.read, options);
   verb->add_option("--limit", options->show.limit, "the most rows to print")
       ->check(countFrom(0))
       ->take_last()
@@ -110,13 +147,43 @@ void addShow(CLI::App* app, Options* options) {
 void addExport(CLI::App* app, Options* options) {
   CLI::App* verb =
       addVerb(app, "export", "Prints a table as CSV", runExport, &options->read, options);
-  addReadOptions(verb, &options->read);
+  addReadOptions(verb, &options->read, options);
+}
+
+void addCopy(CLI::App* app, Options* options) {
+  CopyOptions* copy = &options->copy;
+  CLI::App* verb = addVerb(app, "copy", "Copies a table and prints the name of the new one",
+                           runCopy, copy, options);
+  addSource(verb, "TABLE", &copy->source, options);
+  addRows(verb, &copy->source);
+  addMaxElementSize(verb, &copy->maxElementSize);
+}
+
+void addAppend(CLI::App* app, Options* options) {
+  AppendOptions* append = &options->append;
+  CLI::App* verb =
+      addVerb(app, "append", "Adds the rows of a table to another one", runAppend, append, options);
+  verb->add_option("TARGET", append->target, "the name of the table that gets the rows")
+      ->required();
+  addSource(verb, "SOURCE", &append->source, options);
+  addRows(verb, &append->source);
+}
+
+void addPartition(CLI::App* app, Options* options) {
+  PartitionOptions* partition = &options->partition;
+  CLI::App* verb = addVerb(
+      app, "partition",
+      "Prints URIs of parts of a table, one a line: together they have all its rows, in order. A "
+      "table of several pairs of files may have fewer parts than are asked for",
+      runPartition, partition, options);
+  addSource(verb, "TABLE", &partition->source, options);
+  verb->add_option("N", partition->parts, "the most parts")->check(countFrom(1))->required();
 }
 
 void addInfo(CLI::App* app, Options* options) {
   CLI::App* verb =
       addVerb(app, "info", "Prints what a table consists of", runInfo, &options->info, options);
-  verb->add_option("TABLE", options->info.table, "the table's name")->required();
+  verb->add_option("TABLE", options->info.table, "the table's name, or a URI of it")->required();
 }
 
 void addDelete(CLI::App* app, Options* options) {
@@ -132,6 +199,9 @@ ExitCode run(int argumentCount, char** arguments) {
   addImport(&app, &options);
   addShow(&app, &options);
   addExport(&app, &options);
+  addCopy(&app, &options);
+  addAppend(&app, &options);
+  addPartition(&app, &options);
   addInfo(&app, &options);
   addDelete(&app, &options);
   try {
@@ -141,7 +211,11 @@ ExitCode run(int argumentCount, char** arguments) {
   }
   std::string error;
   const ManagerHandle manager = openManager(joinDirectories(options.directories), &error);
-  return manager == nullptr ? fail(error) : options.run(*manager);
+  if (manager == nullptr) {
+    return fail(error);
+  }
+  return options.uriWanted != nullptr ? runPrintUri(*manager, *options.uriWanted)
+                                      : options.run(*manager);
 }
 
 }  // namespace

@@ -1,0 +1,141 @@
+#include "Source.h"
+
+#include <algorithm>
+#include <memory>
+#include <new>
+#include <optional>
+
+#include "DisplayText.h"
+#include "Handles.h"
+
+namespace zvwttool {
+namespace {
+
+using ReadUri = std::unique_ptr<ZvURI, Release>;
+
+ReadUri readUri(const std::string& text) { return ReadUri(getURIFromURIString(text.c_str())); }
+
+bool sameName(const ZvbString& left, const ZvbString& right) {
+  return left.compare(right, false) == 0;
+}
+
+}  // namespace
+
+std::string Source::contradiction(const SourceOptions& options) {
+  const ReadUri uri = readUri(options.table);
+  if (uri == nullptr) {
+    return "";
+  }
+  if (!sameName(uri->getScheme(), "zvwt")) {
+    return quotedName(options.table) + " is neither a table's name nor a URI that begins with zvwt:";
+  }
+  if (uri->getColumnCount() > 0 && !options.select.empty()) {
+    return "the URI selects columns, so there is nothing for --select to do";
+  }
+  RowRange range;
+  if (uri->getRowRange(&range.firstRow, &range.rowCount) && options.range.has_value()) {
+    return "the URI has a range of rows, so there is nothing for --rows to do";
+  }
+  return "";
+}
+
+bool Source::find(ZvWorkTableManager& manager, const SourceOptions& options, std::string* error) {
+  const ReadUri uri = readUri(options.table);
+  table_ = uri != nullptr ? uri->getPath() : ZvbString(options.table.c_str());
+  hasRange_ = uri != nullptr && uri->getRowRange(&range_.firstRow, &range_.rowCount);
+  if (options.range.has_value()) {
+    hasRange_ = true;
+    range_ = *options.range;
+  }
+  constexpr int allColumns = -1;
+  const ZvbString* noNames = nullptr;
+  ZvbString text;
+  const TableHandle table(
+      manager.openTable(table_, allColumns, noNames, &range_, false, &text));
+  if (table == nullptr) {
+    *error = text.asCstr();
+    return false;
+  }
+  rowsOfTable_ = table->getRowCount();
+  const Columns known = columnsOf(table.get());
+  if (options.select.empty()) {
+    columns_ = uri != nullptr ? columnsOf(*uri) : known;
+  }
+  return std::all_of(options.select.begin(), options.select.end(),
+                     [&](const std::string& list) { return select(list, known, error); });
+}
+
+Source::Columns Source::columnsOf(ZvWorkTableFile* table) {
+  Columns columns(static_cast<std::size_t>(table->getColumnCount()));
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    zvbType type = zvbTypeString;
+    int width = 0;
+    int maxLength = 0;
+    (void)table->getColumnDefinition(static_cast<int>(i), &columns[i].name, &type, &width,
+                                     &maxLength);
+  }
+  return columns;
+}
+
+Source::Columns Source::columnsOf(const ZvURI& uri) {
+  Columns columns(static_cast<std::size_t>(uri.getColumnCount()));
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    Column& column = columns[i];
+    (void)uri.getColumn(static_cast<int>(i), &column.name, &column.second, &column.type);
+  }
+  return columns;
+}
+
+/// Takes a list of columns, each by its name or as NEW=NAME. A name of the table's may contain
+/// equals signs.
+bool Source::select(const std::string& list, const Columns& known, std::string* error) {
+  const auto isKnown = [&known](const std::string& name) {
+    return std::any_of(known.begin(), known.end(), [&name](const Column& column) {
+      return sameName(column.name, name.c_str());
+    });
+  };
+  for (std::size_t begin = 0; begin <= list.size();) {
+    const std::size_t end = std::min(list.find(',', begin), list.size());
+    const std::string item = list.substr(begin, end - begin);
+    const std::size_t equals = isKnown(item) ? std::string::npos : item.find('=');
+    const std::string name = equals == std::string::npos ? item : item.substr(equals + 1);
+    if (!isKnown(name)) {
+      *error = "the table has no column " + quotedName(name);
+      return false;
+    }
+    columns_.push_back(equals == std::string::npos
+                           ? Column{.name = name.c_str(), .second = {}, .type = 0}
+                           : Column{.name = item.substr(0, equals).c_str(),
+                                    .second = name.c_str(),
+                                    .type = 0});
+    begin = end + 1;
+  }
+  return true;
+}
+
+RowRange Source::rows() const {
+  const std::int64_t first = std::min(range_.firstRow, rowsOfTable_);
+  const std::int64_t rest = rowsOfTable_ - first;
+  return {first, range_.rowCount < 0 ? rest : std::min(range_.rowCount, rest)};
+}
+
+ZvbString Source::uri() const {
+  return hasRange_ ? uri(range_) : build(getWorkTableURIFromComponents(table_));
+}
+
+ZvbString Source::uri(const RowRange& rows) const {
+  return build(getWorkTableURIFromComponents(table_, rows.firstRow, rows.rowCount));
+}
+
+ZvbString Source::build(ZvWorkTableURI* started) const {
+  const std::unique_ptr<ZvWorkTableURI, Release> uri(started);
+  bool complete = uri != nullptr;
+  for (std::size_t i = 0; i < columns_.size() && complete; ++i) {
+    ZvbString unused;
+    complete = uri->appendColumn(columns_[i].name, columns_[i].second, columns_[i].type, &unused);
+  }
+  ZvbString text = complete ? uri->toString() : ZvbString::outOfMemory();
+  return text.memoryShort() ? throw std::bad_alloc() : text;
+}
+
+}  // namespace zvwttool

@@ -1,0 +1,55 @@
+/// What a verb reads: a table, or some of its rows and columns.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "Commands.h"
+#include "base/ZvURI.h"
+#include "base/ZvWorkTableURI.h"
+
+namespace zvwttool {
+
+class Source {
+ public:
+  /// What is wrong with the URI that the options give, or with other options beside it; empty when
+  /// nothing is. Looks at no file.
+  [[nodiscard]] static std::string contradiction(const SourceOptions& options);
+
+  /// Looks at the table. False with the reason in *error.
+  [[nodiscard]] bool find(ZvWorkTableManager& manager, const SourceOptions& options,
+                          std::string* error);
+
+  /// The URI of the source, and that of other rows of its table with the same columns.
+  [[nodiscard]] ZvbString uri() const;
+  [[nodiscard]] ZvbString uri(const RowRange& rows) const;
+
+  [[nodiscard]] bool isOfAllRows() const { return !hasRange_; }
+  /// The rows of the source, none of them beyond the table's end.
+  [[nodiscard]] RowRange rows() const;
+  [[nodiscard]] std::int64_t rowsOfTable() const { return rowsOfTable_; }
+
+ private:
+  /// A column as URIs tell it, see ZvURI.h.
+  struct Column {
+    ZvbString name;
+    ZvbString second;
+    std::int32_t type = 0;
+  };
+  using Columns = std::vector<Column>;
+
+  static Columns columnsOf(ZvWorkTableFile* table);
+  static Columns columnsOf(const ZvURI& uri);
+  /// Adds the columns to the URI, which it takes over.
+  [[nodiscard]] ZvbString build(ZvWorkTableURI* started) const;
+  [[nodiscard]] bool select(const std::string& list, const Columns& known, std::string* error);
+
+  ZvbString table_;
+  Columns columns_;
+  bool hasRange_ = false;
+  RowRange range_;  // as it was given
+  std::int64_t rowsOfTable_ = 0;
+};
+
+}  // namespace zvwttool
