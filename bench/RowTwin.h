@@ -15,16 +15,3 @@
 
 /// Decodes every row into plain variables; a checksum of them.
 [[nodiscard]] std::uint64_t readByHand(const std::string& dataPath);
-
-/// What both sides add up of each value, so that no value can be left out.
-class RowChecksum {
- public:
-  void add(std::uint64_t value) { sum_ = sum_ * 31 + value; }
-  void addText(const char* text, std::size_t size) {
-    add(size == 0 ? 0 : static_cast<unsigned char>(text[0]) + size * 256);
-  }
-  [[nodiscard]] std::uint64_t value() const { return sum_; }
-
- private:
-  std::uint64_t sum_ = 0;
-};

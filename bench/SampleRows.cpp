@@ -1,5 +1,6 @@
 #include "SampleRows.h"
 
+#include <bit>
 #include <random>
 
 #include "base/ZvbReal.h"
@@ -32,4 +33,42 @@ std::vector<SampleRow> makeSampleRows(std::size_t count) {
     row.flag = random() % 2 == 0;
   }
   return rows;
+}
+
+bool defineSampleColumns(ZvWorkTableFile& table) {
+  const zvbType types[] = {zvbTypeInteger, zvbTypeInteger, zvbTypeReal,   zvbTypeString,
+                           zvbTypeString,  zvbTypeDate,    zvbTypeBoolean};
+  const char* names[] = {"id", "amount", "price", "code", "name", "day", "flag"};
+  bool defined = true;
+  for (int i = 0; i < sampleColumnCount; ++i) {
+    defined = defined && table.defineColumn(i, names[i], types[i], 0);
+  }
+  return defined;
+}
+
+void assignSample(const SampleRow& row, ZvbDatavar* values) {
+  values[0].assign(row.id);
+  values[1].assign(row.amount);
+  values[2].assign(zvbTypeReal, row.price, sizeof row.price, false);
+  values[3].assign(row.code);
+  values[4].assign(row.name);
+  values[5].assign(row.day);
+  values[5].setType(zvbTypeDate);
+  values[6].assign(row.flag);
+}
+
+void addSample(const ZvbDatavar* values, RowChecksum* checksum) {
+  bool failed = false;
+  checksum->add(static_cast<std::uint64_t>(values[0].asInt64(&failed)));
+  checksum->add(static_cast<std::uint64_t>(values[1].asInt64(&failed)));
+  std::uint64_t words[3];
+  values[2].asReal(&failed).asFD(&words);
+  checksum->add(words[1]);
+  checksum->addText(values[3].asTextView().data(), values[3].asTextView().size());
+  checksum->addText(values[4].asTextView().data(), values[4].asTextView().size());
+  checksum->add(std::bit_cast<std::uint64_t>(values[5].asDouble(&failed)));
+  checksum->add(values[6].asBool(&failed) ? 1 : 0);
+  if (failed) {
+    checksum->add(1);
+  }
 }

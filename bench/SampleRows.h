@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "zvwt.h"
+
 struct SampleRow {
   std::int64_t id;
   std::int64_t amount;
@@ -20,3 +22,21 @@ struct SampleRow {
 inline constexpr int sampleColumnCount = 7;
 
 [[nodiscard]] std::vector<SampleRow> makeSampleRows(std::size_t count);
+
+[[nodiscard]] bool defineSampleColumns(ZvWorkTableFile& table);
+void assignSample(const SampleRow& row, ZvbDatavar* values);
+
+/// What both sides add up of each value, so that no value can be left out.
+class RowChecksum {
+ public:
+  void add(std::uint64_t value) { sum_ = sum_ * 31 + value; }
+  void addText(const char* text, std::size_t size) {
+    add(size == 0 ? 0 : static_cast<unsigned char>(text[0]) + size * 256);
+  }
+  [[nodiscard]] std::uint64_t value() const { return sum_; }
+
+ private:
+  std::uint64_t sum_ = 0;
+};
+
+void addSample(const ZvbDatavar* values, RowChecksum* checksum);

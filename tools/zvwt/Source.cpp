@@ -27,7 +27,8 @@ std::string Source::contradiction(const SourceOptions& options) {
     return "";
   }
   if (!sameName(uri->getScheme(), "zvwt")) {
-    return quotedName(options.table) + " is neither a table's name nor a URI that begins with zvwt:";
+    return quotedName(options.table) +
+           " is neither a table's name nor a URI that begins with zvwt:";
   }
   if (uri->getColumnCount() > 0 && !options.select.empty()) {
     return "the URI selects columns, so there is nothing for --select to do";
@@ -50,8 +51,7 @@ bool Source::find(ZvWorkTableManager& manager, const SourceOptions& options, std
   constexpr int allColumns = -1;
   const ZvbString* noNames = nullptr;
   ZvbString text;
-  const TableHandle table(
-      manager.openTable(table_, allColumns, noNames, &range_, false, &text));
+  const TableHandle table(manager.openTable(table_, allColumns, noNames, &range_, false, &text));
   if (table == nullptr) {
     *error = text.asCstr();
     return false;
@@ -103,11 +103,10 @@ bool Source::select(const std::string& list, const Columns& known, std::string* 
       *error = "the table has no column " + quotedName(name);
       return false;
     }
-    columns_.push_back(equals == std::string::npos
-                           ? Column{.name = name.c_str(), .second = {}, .type = 0}
-                           : Column{.name = item.substr(0, equals).c_str(),
-                                    .second = name.c_str(),
-                                    .type = 0});
+    columns_.push_back(
+        equals == std::string::npos
+            ? Column{.name = name.c_str(), .second = {}, .type = 0}
+            : Column{.name = item.substr(0, equals).c_str(), .second = name.c_str(), .type = 0});
     begin = end + 1;
   }
   return true;

@@ -1,0 +1,70 @@
+/// Kinds of work done in rounds and compared.
+///
+/// Each round does every kind of work once, one after another, so that a drift of the machine meets
+/// all of them alike; the medians of the rounds are printed, and their ratios to the work that each
+/// is measured against.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "zvwt.h"
+
+struct Releaser {
+  template <typename Object>
+  void operator()(Object* object) const {
+    object->release();
+  }
+};
+using Manager = std::unique_ptr<ZvWorkTableManager, Releaser>;
+using Table = std::unique_ptr<ZvWorkTableFile, Releaser>;
+
+/// Ends the program: what it measures does not work.
+[[noreturn]] void stop(const char* what, const ZvbString& why);
+void require(bool success, const char* what, ZvWorkTableFile& table);
+
+/// One kind of work: its figures over the rounds.
+struct Work {
+  const char* name;
+  const char* twin;  ///< the work that its ratio is taken to, or null
+  std::function<void()> run;
+  std::vector<double> seconds = {};
+
+  [[nodiscard]] double median() const;
+};
+
+/// What every benchmark can be told.
+struct BenchmarkOptions {
+  std::size_t rowCount;
+  int rounds = 5;
+  std::string parentDirectory;  ///< for the files
+  bool json = false;
+};
+
+/// Reads the command line; the exit code when the program has nothing more to do, else -1.
+[[nodiscard]] int readOptions(int argc, char** argv, const char* description,
+                              BenchmarkOptions* options);
+
+/// A directory of its own, removed in the end.
+class BenchmarkDirectory {
+ public:
+  explicit BenchmarkDirectory(const std::string& parent);
+  BenchmarkDirectory(const BenchmarkDirectory&) = delete;
+  BenchmarkDirectory& operator=(const BenchmarkDirectory&) = delete;
+  ~BenchmarkDirectory();
+
+  [[nodiscard]] const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+/// Runs the rounds and fills in the works' seconds.
+void measure(int rounds, std::vector<Work>* works);
+
+/// Prints speeds and ratios under the heading, or all figures as JSON.
+void print(const std::vector<Work>& works, const std::string& heading, double bytesPerRow,
+           const BenchmarkOptions& options);

@@ -1,0 +1,193 @@
+/// Whole tables: copied, appended, partitioned, and read by one thread and by two.
+///
+/// The table has ten elements. Copying and appending are measured against reading the rows alone,
+/// which they cannot do without, and against a copy of the files' bytes by the system.
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Measuring.h"
+#include "SampleRows.h"
+
+namespace {
+
+constexpr int elements = 10;
+
+class TableBenchmark {
+ public:
+  TableBenchmark(std::size_t rowCount, const std::string& directory) : directory_(directory) {
+    ZvbString error;
+    manager_.reset(zvwtCreateManager("bench", directory.c_str(), &error));
+    if (manager_ == nullptr) {
+      stop("no manager", error);
+    }
+    const std::vector<SampleRow> rows = makeSampleRows(rowCount);
+    const std::int64_t dataBytes = writeTable(rows, 0);
+    deleteTable(source_);
+    dataBytes_ = writeTable(rows, dataBytes / elements);
+    checksum_ = readPart({});
+  }
+
+  std::vector<Work> works() {
+    return {
+        {"read, one thread", nullptr, [this] { readSideBySide(1); }},
+        {"read, two threads", "read, one thread", [this] { readSideBySide(2); }},
+        {"copy of the files", nullptr, [this] { copyFiles(); }},
+        {"copyTable", "copy of the files", [this] { copyTable(0); }},
+        {"copyTable, ten elements", "copy of the files", [this] { copyTable(elementSize_); }},
+        {"appendTable", "copyTable", [this] { appendTable(); }},
+        {"partitionTable, 40 parts", nullptr, [this] { (void)partition(40); }},
+    };
+  }
+
+  [[nodiscard]] double bytesPerRow() const {
+    return static_cast<double>(dataBytes_) / static_cast<double>(rowCount_);
+  }
+
+ private:
+  using Ranges = std::vector<RowRange>;
+
+  /// Writes the source; the bytes of its data.
+  std::int64_t writeTable(const std::vector<SampleRow>& rows, std::int64_t maxElementSize) {
+    ZvbString error;
+    const Table table(manager_->createTable(sampleColumnCount, maxElementSize, &error));
+    if (table == nullptr) {
+      stop("no table", error);
+    }
+    require(defineSampleColumns(*table), "column", *table);
+    ZvbDatavar values[sampleColumnCount];
+    for (const SampleRow& row : rows) {
+      assignSample(row, values);
+      require(table->writeRow(values), "write", *table);
+    }
+    require(table->close(), "close", *table);
+    source_ = table->getName();
+    rowCount_ = table->getRowCount();
+    elementSize_ = maxElementSize;
+    ZvwtTableSizes sizes{};
+    if (!zvwtGetTableSizes(manager_.get(), source_, &sizes, &error)) {
+      stop("sizes", error);
+    }
+    return sizes.dataBytes;
+  }
+
+  void deleteTable(const ZvbString& name) {
+    ZvbString error;
+    if (!manager_->deleteTable(name, &error)) {
+      stop("delete", error);
+    }
+  }
+
+  /// Sums of rows, so that the parts of a table can be added up.
+  std::uint64_t readPart(const RowRange& range) {
+    ZvbString error;
+    const int* noNumbers = nullptr;
+    const Table table(manager_->openTable(source_, -1, noNumbers, &range, false, &error));
+    if (table == nullptr) {
+      stop("open", error);
+    }
+    ZvbDatavar values[sampleColumnCount];
+    std::uint64_t sum = 0;
+    bool end = false;
+    while (table->readRow(values, &end)) {
+      RowChecksum row;
+      addSample(values, &row);
+      sum += row.value();
+    }
+    require(end, "read", *table);
+    return sum;
+  }
+
+  Ranges partition(int parts) {
+    Ranges ranges(static_cast<std::size_t>(parts));
+    ZvbString error;
+    if (!manager_->partitionTable(source_, &parts, ranges.data(), &error)) {
+      stop("partition", error);
+    }
+    ranges.resize(static_cast<std::size_t>(parts));
+    return ranges;
+  }
+
+  void readSideBySide(int threads) {
+    const Ranges ranges = partition(threads);
+    std::vector<std::uint64_t> sums(ranges.size());
+    std::vector<std::thread> readers;
+    for (std::size_t i = 0; i < ranges.size(); ++i) {
+      readers.emplace_back([this, &ranges, &sums, i] { sums[i] = readPart(ranges[i]); });
+    }
+    for (std::thread& reader : readers) {
+      reader.join();
+    }
+    std::uint64_t sum = 0;
+    for (const std::uint64_t part : sums) {
+      sum += part;
+    }
+    if (sum != checksum_) {
+      stop("the parts are not the table", ZvbString());
+    }
+  }
+
+  void copyFiles() {
+    namespace fs = std::filesystem;
+    const std::string target = directory_ + "/copied";
+    fs::create_directory(target);
+    for (const fs::directory_entry& entry : fs::directory_iterator(directory_)) {
+      if (entry.is_regular_file()) {
+        fs::copy_file(entry.path(), target / entry.path().filename());
+      }
+    }
+    fs::remove_all(target);
+  }
+
+  void copyTable(std::int64_t maxElementSize) {
+    ZvbString error;
+    const Table copy(manager_->copyTable(maxElementSize, manager_.get(), source_, &error));
+    if (copy == nullptr) {
+      stop("copy", error);
+    }
+    require(copy->close() && copy->getRowCount() == rowCount_, "close", *copy);
+    deleteTable(copy->getName());
+  }
+
+  void appendTable() {
+    ZvbString error;
+    const Table target(manager_->createTable(sampleColumnCount, 0, &error));
+    if (target == nullptr) {
+      stop("no table", error);
+    }
+    require(defineSampleColumns(*target) && target->close(), "columns", *target);
+    if (!manager_->appendTable(target->getName(), source_, &error)) {
+      stop("append", error);
+    }
+    deleteTable(target->getName());
+  }
+
+  std::string directory_;
+  Manager manager_;
+  ZvbString source_;
+  std::int64_t rowCount_ = 0;
+  std::int64_t elementSize_ = 0;
+  std::int64_t dataBytes_ = 0;
+  std::uint64_t checksum_ = 0;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  BenchmarkOptions options{.rowCount = 1'000'000, .parentDirectory = {}};
+  const int code =
+      readOptions(argc, argv, "Whole tables: copied, appended, partitioned.", &options);
+  if (code >= 0) {
+    return code;
+  }
+  const BenchmarkDirectory directory(options.parentDirectory);
+  TableBenchmark benchmark(options.rowCount, directory.path());
+  std::vector<Work> works = benchmark.works();
+  measure(options.rounds, &works);
+  print(works, std::to_string(options.rowCount) + " rows in ten elements", benchmark.bytesPerRow(),
+        options);
+  return 0;
+}
