@@ -9,6 +9,7 @@
 
 #include "support/Bytes.h"
 #include "support/TableFixture.h"
+#include "wtfile/ZVWTFileImpl.h"
 
 namespace {
 
@@ -76,6 +77,14 @@ TEST_F(WholeTables, AppendComparesTheColumnsBeforeItMovesARow) {
   EXPECT_FALSE(append(target, "zvwt_none"));
   expectFailure(1353, {"zvwt_none"});
   EXPECT_EQ(Lines{"3|one"}, readTable(target));
+}
+
+TEST_F(WholeTables, NothingIsAppendedToATableThatIsBeingRead) {
+  const std::string target = makeCountingTable(1);
+  const TableHandle reader = open(target);
+  EXPECT_FALSE(static_cast<ZVWTFileImpl&>(*reader).appendFrom("zvwt_none"));
+  EXPECT_EQ(1768, messageId(reader->getErrorMessage()));
+  EXPECT_EQ(Lines{"0"}, readAll(*reader));
 }
 
 TEST_F(WholeTables, AFailedReadOfTheSourceIsNamedAndKeepsWhatCameBefore) {

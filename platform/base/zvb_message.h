@@ -30,24 +30,20 @@ inline constexpr ZvbMessageEntry zvbMessageCatalogue[] = {
     {1353, "tt", "The file \"%1\" cannot be opened: %2."},
     {1417, "tit",
      "No directory accepts a new file; the last one tried was \"%1\": status %2, %3. Check that "
-     "the "
-     "directories exist, can be written to and have space."},
+     "the directories exist, can be written to and have space."},
     {1420, "", "There is no column of that number."},
     {1666, "t", "Another column has the name \"%1\" already."},
     {1747, "t", "A file could not be deleted: %1."},
     {1768, "", "Rows cannot be written: the work table is not open for writing."},
     {1769, "ttii",
      "The rows of the work table \"%1\" do not fit the work table \"%2\": it has %3 columns, the "
-     "other "
-     "one has %4."},
+     "other one has %4."},
     {1770, "ttitt",
      "The rows of the work table \"%1\" do not fit the work table \"%2\": their columns number %3 "
-     "are "
-     "named \"%4\" and \"%5\"."},
+     "are named \"%4\" and \"%5\"."},
     {1771, "ttitt",
      "The rows of the work table \"%1\" do not fit the work table \"%2\": their columns number %3 "
-     "have "
-     "the types %4 and %5."},
+     "have the types %4 and %5."},
     {1773, "", "The file is no work table: its header is too short."},
     {1780, "t", "The work table to append to could not be reserved: %1"},
     {1781, "t", "The manager of the work table to copy could not be made: %1"},
