@@ -6,6 +6,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <iostream>
+#include <stdexcept>
+#include <system_error>
 
 namespace {
 
@@ -38,11 +41,31 @@ void printJson(const std::vector<Work>& works, std::size_t rowCount, double byte
   std::printf("\n]}\n");
 }
 
+/// A directory of its own, removed in the end.
+class BenchmarkDirectory {
+ public:
+  explicit BenchmarkDirectory(const std::string& parent) : path_(parent + "/zvwt-bench-XXXXXX") {
+    if (mkdtemp(path_.data()) == nullptr) {
+      throw std::system_error(errno, std::generic_category(), path_);
+    }
+  }
+  BenchmarkDirectory(const BenchmarkDirectory&) = delete;
+  BenchmarkDirectory& operator=(const BenchmarkDirectory&) = delete;
+  ~BenchmarkDirectory() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+
+  [[nodiscard]] const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
 }  // namespace
 
 void stop(const char* what, const ZvbString& why) {
-  std::fprintf(stderr, "%s: %s\n", what, why.asCstr());
-  std::exit(1);
+  throw std::runtime_error(std::string(what) + ": " + why.asCstr());
 }
 
 void require(bool success, const char* what, ZvWorkTableFile& table) {
@@ -57,27 +80,26 @@ double Work::median() const {
   return sorted[sorted.size() / 2];
 }
 
-int readOptions(int argc, char** argv, const char* description, BenchmarkOptions* options) {
+int runBenchmark(
+    int argc, char** argv, const char* description, BenchmarkOptions options,
+    const std::function<void(const BenchmarkOptions& options, const std::string& directory)>& run) {
   CLI::App app(description);
-  options->parentDirectory = std::filesystem::temp_directory_path().string();
-  app.add_option("--rows", options->rowCount, "rows in the table")->check(CLI::PositiveNumber);
-  app.add_option("--rounds", options->rounds, "rounds; medians are printed")
+  options.parentDirectory = std::filesystem::temp_directory_path().string();
+  app.add_option("--rows", options.rowCount, "rows in the table")->check(CLI::PositiveNumber);
+  app.add_option("--rounds", options.rounds, "rounds; medians are printed")
       ->check(CLI::PositiveNumber);
-  app.add_option("--dir", options->parentDirectory, "directory for the files");
-  app.add_flag("--json", options->json, "print JSON");
+  app.add_option("--dir", options.parentDirectory, "directory for the files");
+  app.add_flag("--json", options.json, "print JSON");
   CLI11_PARSE(app, argc, argv);
-  return -1;
-}
-
-BenchmarkDirectory::BenchmarkDirectory(const std::string& parent)
-    : path_(parent + "/zvwt-bench-XXXXXX") {
-  if (mkdtemp(path_.data()) == nullptr) {
-    std::perror("no directory");
-    std::exit(1);
+  try {
+    const BenchmarkDirectory directory(options.parentDirectory);
+    run(options, directory.path());
+    return 0;
+  } catch (const std::exception& error) {
+    std::cerr << error.what() << '\n';
+    return 1;
   }
 }
-
-BenchmarkDirectory::~BenchmarkDirectory() { std::filesystem::remove_all(path_); }
 
 void measure(int rounds, std::vector<Work>* works) {
   for (int round = 0; round < rounds; ++round) {

@@ -22,7 +22,7 @@ struct Releaser {
 using Manager = std::unique_ptr<ZvWorkTableManager, Releaser>;
 using Table = std::unique_ptr<ZvWorkTableFile, Releaser>;
 
-/// Ends the program: what it measures does not work.
+/// Ends the benchmark: what it measures does not work.
 [[noreturn]] void stop(const char* what, const ZvbString& why);
 void require(bool success, const char* what, ZvWorkTableFile& table);
 
@@ -44,23 +44,11 @@ struct BenchmarkOptions {
   bool json = false;
 };
 
-/// Reads the command line; the exit code when the program has nothing more to do, else -1.
-[[nodiscard]] int readOptions(int argc, char** argv, const char* description,
-                              BenchmarkOptions* options);
-
-/// A directory of its own, removed in the end.
-class BenchmarkDirectory {
- public:
-  explicit BenchmarkDirectory(const std::string& parent);
-  BenchmarkDirectory(const BenchmarkDirectory&) = delete;
-  BenchmarkDirectory& operator=(const BenchmarkDirectory&) = delete;
-  ~BenchmarkDirectory();
-
-  [[nodiscard]] const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
-};
+/// Runs a benchmark in a directory of its own, which is removed in the end; the exit code of its
+/// program. The options have their defaults and get those of the command line.
+[[nodiscard]] int runBenchmark(
+    int argc, char** argv, const char* description, BenchmarkOptions options,
+    const std::function<void(const BenchmarkOptions& options, const std::string& directory)>& run);
 
 /// Runs the rounds and fills in the works' seconds.
 void measure(int rounds, std::vector<Work>* works);

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr std::size_t bufferSize = 256 * 1024;
+constexpr std::size_t bufferSize = 0x40000;
 constexpr std::size_t largestRow = 128;
 
 /// A buffer that goes to a file when it is full.

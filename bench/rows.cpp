@@ -2,7 +2,8 @@
 /// Reading adds up a checksum on both sides; where the two sides read all columns forwards, it must
 /// agree.
 #include <algorithm>
-#include <cstdio>
+#include <iomanip>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -44,11 +45,10 @@ class RowBenchmark {
     return static_cast<double>(dataBytes_) / static_cast<double>(rows_.size());
   }
   [[nodiscard]] std::string heading(int rounds) const {
-    char text[100];
-    std::snprintf(text, sizeof text, "%zu rows of %.1f bytes, %d rounds, checksum %016llx",
-                  rows_.size(), bytesPerRow(), rounds,
-                  static_cast<unsigned long long>(twinChecksum_));
-    return text;
+    std::ostringstream text;
+    text << rows_.size() << " rows of " << std::fixed << std::setprecision(1) << bytesPerRow()
+         << " bytes, " << rounds << " rounds, checksum " << std::hex << twinChecksum_;
+    return text.str();
   }
 
  private:
@@ -156,16 +156,13 @@ class RowBenchmark {
 }  // namespace
 
 int main(int argc, char** argv) {
-  BenchmarkOptions options{.rowCount = 2'000'000, .parentDirectory = {}};
-  const int code =
-      readOptions(argc, argv, "Rows written and read, against a hand-written twin.", &options);
-  if (code >= 0) {
-    return code;
-  }
-  const BenchmarkDirectory directory(options.parentDirectory);
-  RowBenchmark benchmark(options.rowCount, directory.path());
-  std::vector<Work> works = benchmark.works();
-  measure(options.rounds, &works);
-  print(works, benchmark.heading(options.rounds), benchmark.bytesPerRow(), options);
-  return 0;
+  const BenchmarkOptions defaults{.rowCount = 2'000'000, .parentDirectory = {}};
+  return runBenchmark(argc, argv, "Rows written and read, against a hand-written twin.", defaults,
+                      [](const BenchmarkOptions& options, const std::string& directory) {
+                        RowBenchmark benchmark(options.rowCount, directory);
+                        std::vector<Work> works = benchmark.works();
+                        measure(options.rounds, &works);
+                        print(works, benchmark.heading(options.rounds), benchmark.bytesPerRow(),
+                              options);
+                      });
 }

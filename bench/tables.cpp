@@ -2,11 +2,9 @@
 ///
 /// The table has ten elements. Copying and appending are measured against reading the rows alone,
 /// which they cannot do without, and against a copy of the files' bytes by the system.
-#include <algorithm>
-#include <cstdio>
 #include <filesystem>
+#include <future>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "Measuring.h"
@@ -113,17 +111,13 @@ class TableBenchmark {
 
   void readSideBySide(int threads) {
     const Ranges ranges = partition(threads);
-    std::vector<std::uint64_t> sums(ranges.size());
-    std::vector<std::thread> readers;
-    for (std::size_t i = 0; i < ranges.size(); ++i) {
-      readers.emplace_back([this, &ranges, &sums, i] { sums[i] = readPart(ranges[i]); });
-    }
-    for (std::thread& reader : readers) {
-      reader.join();
+    std::vector<std::future<std::uint64_t>> readers;
+    for (const RowRange& range : ranges) {
+      readers.push_back(std::async(std::launch::async, [this, range] { return readPart(range); }));
     }
     std::uint64_t sum = 0;
-    for (const std::uint64_t part : sums) {
-      sum += part;
+    for (std::future<std::uint64_t>& reader : readers) {
+      sum += reader.get();
     }
     if (sum != checksum_) {
       stop("the parts are not the table", ZvbString());
@@ -177,17 +171,13 @@ class TableBenchmark {
 }  // namespace
 
 int main(int argc, char** argv) {
-  BenchmarkOptions options{.rowCount = 1'000'000, .parentDirectory = {}};
-  const int code =
-      readOptions(argc, argv, "Whole tables: copied, appended, partitioned.", &options);
-  if (code >= 0) {
-    return code;
-  }
-  const BenchmarkDirectory directory(options.parentDirectory);
-  TableBenchmark benchmark(options.rowCount, directory.path());
-  std::vector<Work> works = benchmark.works();
-  measure(options.rounds, &works);
-  print(works, std::to_string(options.rowCount) + " rows in ten elements", benchmark.bytesPerRow(),
-        options);
-  return 0;
+  const BenchmarkOptions defaults{.rowCount = 1'000'000, .parentDirectory = {}};
+  return runBenchmark(argc, argv, "Whole tables: copied, appended, partitioned.", defaults,
+                      [](const BenchmarkOptions& options, const std::string& directory) {
+                        TableBenchmark benchmark(options.rowCount, directory);
+                        std::vector<Work> works = benchmark.works();
+                        measure(options.rounds, &works);
+                        print(works, std::to_string(options.rowCount) + " rows in ten elements",
+                              benchmark.bytesPerRow(), options);
+                      });
 }
