@@ -62,6 +62,33 @@ TEST_F(TableFaults, AnAppendRefusedByAFullDiskKeepsTheRowsThatWereThere) {
   EXPECT_EQ(std::vector<std::size_t>(20, 10000), sizes(name));
 }
 
+/// The bytes that a buffer has accepted are not on the disk yet when it turns out to be full.
+TEST_F(TableFaults, AnAppendThatTheDiskCannotHoldKeepsWhatFits) {
+  struct Case {
+    int rows;
+    std::int64_t limit;
+    int id;
+  };
+  for (const Case& fault :
+       {Case{100000, 300000, 1044}, {100000, 700000, 1044}, {300, 4000, 1045}}) {
+    const std::string target = makeCountingTable(400);
+    const std::string source = makeCountingTable(fault.rows);
+    {
+      const SizeLimit limit(fault.limit);
+      EXPECT_FALSE(manager->appendTable(target.c_str(), source.c_str(), &error));
+      EXPECT_EQ(fault.id, messageId(error)) << error.asCstr();
+    }
+    const Lines rows = readTable(target);
+    ASSERT_GE(rows.size(), 400U) << rows[0];
+    EXPECT_LT(rows.size(), 400U + static_cast<std::size_t>(fault.rows));
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+      ASSERT_EQ(std::to_string(i < 400 ? i : i - 400), rows[i]);
+    }
+    EXPECT_TRUE(manager->appendTable(target.c_str(), source.c_str(), &error)) << error.asCstr();
+    EXPECT_EQ(rows.size() + static_cast<std::size_t>(fault.rows), readTable(target).size());
+  }
+}
+
 TEST_F(TableFaults, AFullElementThatCannotBeClosedTakesItsLastRowBack) {
   const std::string name = makeFull(300000);
   ZVWTFileImpl table(directories);

@@ -124,9 +124,20 @@ bool DataElement::openFileOf(File* file, int mode) noexcept {
 }
 
 bool DataElement::close() noexcept {
-  const int status = bringToFiles();
+  const bool flushed = flush();
   abandon();
+  return flushed;
+}
+
+bool DataElement::flush() noexcept {
+  const int status = bringToFiles();
   return status == npFioSuccess || fail(WT_MESSAGE(flushFailed, np_fio_errdesc(status)));
+}
+
+bool DataElement::closeWithWhatFits() noexcept {
+  const bool closed = bringToFiles() == npFioSuccess || keepWholeRows();
+  abandon();
+  return closed;
 }
 
 bool DataElement::closeFull() noexcept {

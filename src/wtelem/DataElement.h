@@ -37,6 +37,11 @@ class DataElement {
   /// Closes an element that its last row has filled. When that fails, the row is taken back and the
   /// element stays open with the rows it had before.
   [[nodiscard]] bool closeFull() noexcept;
+  /// Brings all rows to the files and leaves them open.
+  [[nodiscard]] bool flush() noexcept;
+  /// Closes after a row was refused, which its writer knows: rows accepted before it that the disk
+  /// does not take either are given up, so that only a disk that fails altogether fails this.
+  [[nodiscard]] bool closeWithWhatFits() noexcept;
   /// Closes the handles and reports nothing: for what a failed opening leaves behind, and after the
   /// bytes have been brought to the files.
   void abandon() noexcept;
@@ -89,6 +94,9 @@ class DataElement {
 
   int cutBackTo(std::int64_t rows, std::int64_t dataSize) const noexcept;
   bool cutToRows() noexcept;
+  bool keepWholeRows() noexcept;
+  bool countWholeRows(std::int64_t entries, std::int64_t dataBytes) noexcept;
+  bool readRowStart(std::int64_t row, std::int64_t* start) const noexcept;
   bool findEndOfRows(std::int64_t dataFileSize, std::int64_t* end) noexcept;
   bool findLastRow(std::int64_t* rowsToPass) noexcept;
   valueCodec::Result encodeRow(const ZvbDatavar* const* values, std::int64_t* size) const noexcept;

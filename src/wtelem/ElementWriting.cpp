@@ -1,4 +1,6 @@
 /// Appending rows to an element, and finding where its rows end.
+#include <algorithm>
+
 #include "wtelem/DataElement.h"
 #include "wtelem/FileFields.h"
 #include "wtelem/messages.h"
@@ -76,6 +78,52 @@ bool DataElement::cutToRows() noexcept {
   return true;
 }
 
+/// Drops what the disk has refused: both files then end behind the last row that they hold whole.
+/// The index tells where rows end, each where the next one begins.
+bool DataElement::keepWholeRows() noexcept {
+  std::int64_t dataBytes = 0;
+  std::int64_t indexBytes = 0;
+  if (index_.handle == nullptr || !sizeOf(data_, &dataBytes) || !sizeOf(index_, &indexBytes)) {
+    return false;
+  }
+  const std::int64_t entries = std::min(indexBytes / indexEntrySize, rowCount_);
+  dataBytes = std::min(dataBytes, dataSize_);
+  if (cutBackTo(entries, dataBytes) != npFioSuccess) {
+    return fail(WT_MESSAGE(shortWrite));
+  }
+  const bool allWhole = entries == rowCount_ && dataBytes == dataSize_;
+  if (!allWhole && !countWholeRows(entries, dataBytes)) {
+    return fail(WT_MESSAGE(shortRead, "row offset"));
+  }
+  return cutBackTo(rowCount_, dataSize_) == npFioSuccess || fail(WT_MESSAGE(shortWrite));
+}
+
+/// Counts no more rows than begin at one of the first `entries` index entries and have another one
+/// behind them that begins within `dataBytes`.
+bool DataElement::countWholeRows(std::int64_t entries, std::int64_t dataBytes) noexcept {
+  rowCount_ = 0;
+  dataSize_ = 0;
+  for (std::int64_t beyond = entries; beyond - rowCount_ > 1;) {
+    const std::int64_t middle = rowCount_ + (beyond - rowCount_) / 2;
+    std::int64_t start = 0;
+    if (!readRowStart(middle, &start)) {
+      return false;
+    }
+    if (start > dataBytes) {
+      beyond = middle;
+    } else {
+      rowCount_ = middle;
+      dataSize_ = start;
+    }
+  }
+  return true;
+}
+
+bool DataElement::readRowStart(std::int64_t row, std::int64_t* start) const noexcept {
+  const std::int64_t place = row * indexEntrySize;
+  return np_fio_seek64(index_.handle, place, npFioFromStart) == place && readIndexEntry(start);
+}
+
 /// Finds where the last counted row ends by passing over its values.
 bool DataElement::findEndOfRows(std::int64_t dataFileSize, std::int64_t* end) noexcept {
   std::int64_t rowsToPass = 0;
@@ -97,10 +145,8 @@ bool DataElement::findLastRow(std::int64_t* rowsToPass) noexcept {
   std::int64_t start = 0;
   *rowsToPass = table_.columnCount == 0 ? 0 : rowCount_;
   if (index_.handle != nullptr && rowCount_ > 0) {
-    const std::int64_t lastEntry = (rowCount_ - 1) * indexEntrySize;
     *rowsToPass = 1;
-    if (np_fio_seek64(index_.handle, lastEntry, npFioFromStart) != lastEntry ||
-        !readIndexEntry(&start) || start < 0) {
+    if (!readRowStart(rowCount_ - 1, &start) || start < 0) {
       return false;
     }
   }

@@ -36,7 +36,12 @@ bool ZVWTFileImpl::appendFrom(const ZvbString& source) noexcept {
       return false;
     }
   }
-  return copyRows(*table, "Append");
+  return copyRows(*table, "Append") && flushRows();
+}
+
+/// A disk that is full is met here rather than by the close, which would have to remove the table.
+bool ZVWTFileImpl::flushRows() noexcept {
+  return current_ == nullptr || current_->flush() || refuseRow();
 }
 
 bool ZVWTFileImpl::copyFrom(ZVWTFileImpl& source) noexcept {

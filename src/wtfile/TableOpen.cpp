@@ -34,6 +34,7 @@ void ZVWTFileImpl::startClean(bool forReading, bool backwards) noexcept {
   state_.otherByteOrder = false;
   state_.stringBuffer.setLimit(0);
   selection_ = Selection();
+  rowRefused_ = false;
   rangeStart_ = 0;
   rangeCount_ = -1;
   rangeEnd_ = -1;

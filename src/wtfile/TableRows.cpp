@@ -48,17 +48,22 @@ bool ZVWTFileImpl::writeRow(const ZvbDatavar* const* values) noexcept {
   }
   bool elementFull = false;
   if (!current_->writeRow(values, &elementFull)) {
-    return failAs(*current_);
+    return refuseRow();
   }
   if (elementFull) {
     if (!current_->closeFull()) {
-      return failAs(*current_);
+      return refuseRow();
     }
     current_ = nullptr;
   }
   ++rowCount_;
   ++rowPosition_;
   return true;
+}
+
+bool ZVWTFileImpl::refuseRow() noexcept {
+  rowRefused_ = true;
+  return failAs(*current_);
 }
 
 bool ZVWTFileImpl::startElement() noexcept {

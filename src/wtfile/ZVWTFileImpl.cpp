@@ -144,8 +144,7 @@ bool ZVWTFileImpl::close() noexcept {
 bool ZVWTFileImpl::closeWritten() noexcept {
   bool closed = true;
   if (current_ != nullptr) {
-    closed = current_->close() || failAs(*current_);
-    current_ = nullptr;
+    closed = closeCurrent();
   }
   if (header_ != nullptr) {
     closed = closed && writeHeader();
@@ -156,6 +155,16 @@ bool ZVWTFileImpl::closeWritten() noexcept {
     removeAfterFailure();
   }
   return closed;
+}
+
+/// Once a row has been refused, the rows accepted before it need not all have reached the disk: the
+/// catalogue then counts those that did.
+bool ZVWTFileImpl::closeCurrent() noexcept {
+  DataElement& element = *std::exchange(current_, nullptr);
+  const std::int64_t rows = element.rowCount();
+  const bool closed = rowRefused_ ? element.closeWithWhatFits() : element.close();
+  rowCount_ -= rows - element.rowCount();
+  return closed || failAs(element);
 }
 
 void ZVWTFileImpl::closeRead() noexcept {

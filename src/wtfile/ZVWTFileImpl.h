@@ -103,6 +103,7 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
 
   // Life cycle
   bool closeWritten() noexcept;
+  bool closeCurrent() noexcept;
   void closeRead() noexcept;
   void closeHeader() noexcept;
   void removeAfterFailure() noexcept;
@@ -137,8 +138,10 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   bool sameColumnCount(ZVWTFileImpl& source) noexcept;
   bool sameColumn(const ZVWTFileImpl& source, int index) noexcept;
   bool copyRows(ZVWTFileImpl& source, const char* verb) noexcept;
+  bool flushRows() noexcept;
 
   // Rows
+  bool refuseRow() noexcept;
   bool startElement() noexcept;
   bool growElements() noexcept;
   bool openNextElement() noexcept;
@@ -171,6 +174,7 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   int elementCapacity_ = 0;
   int nextElement_ = 0;             // that a reader opens next
   DataElement* current_ = nullptr;  // being written or read; one of elements_
+  bool rowRefused_ = false;         // by an element, since the table was opened
 
   // The addresses of the values of the array forms, filled anew when the array is another one.
   std::unique_ptr<const ZvbDatavar*[]> writeVector_;
