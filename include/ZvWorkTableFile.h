@@ -42,7 +42,7 @@ class ZVB_API ZvWorkTableFile : public ZvDatafileSort {
   /// 1420 no such column; 1666 the name is another column's.
   [[nodiscard]] virtual bool defineColumn(int index, ZvbString name, zvbType type, int width) = 0;
 
-  /// Describes column `index`, from 0, of the caller's row, by the name that the caller gave it.
+  /// Describes column `index`, from 0, of the caller's row, a renamed one by its new name.
   /// `maxLength` is the size in bytes of the longest text written so far, its terminator included;
   /// of a constant text `width` and `maxLength` are its characters. Fails: 1420 no such column.
   [[nodiscard]] virtual bool getColumnDefinition(int index, ZvbString* name, zvbType* type,
@@ -81,7 +81,8 @@ class ZVB_API ZvWorkTableFile : public ZvDatafileSort {
   /// Statistics of the table as a cursor that the caller owns, or null.
   [[nodiscard]] virtual ZvbStringCursor* getStatistics() = 0;
 
-  /// The URI that opens this table again with the same columns, names, constants and rows. Of a
+  /// The URI that opens this table again with the same columns, names, constants and rows;
+  /// the direction of reading is not part of it. Of a
   /// table being written it lists no columns, or all of them with `allColumns` if this object
   /// created the table. Empty when memory is short; no message is left then.
   [[nodiscard]] virtual ZvbString getURI(bool allColumns) = 0;

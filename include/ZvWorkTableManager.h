@@ -112,8 +112,8 @@ class ZVB_API ZvWorkTableManager : public ZvDatafileManagerSortAndSize {
 
   /// Removes a table's files. Whoever has the table open at that time, here or elsewhere, is not
   /// asked: on Linux files already open can be read to their end, while an element that is still to
-  /// be opened answers 1353, and rows being appended are lost. Fails: as openTable; 1747 a file
-  /// cannot be deleted.
+  /// be opened answers 1353, and rows being appended are lost and may leave an element's files.
+  /// Fails: as openTable; 1747 a file cannot be deleted.
   [[nodiscard]] virtual bool deleteTable(const ZvbString& name, ZvbString* error) = 0;
 
   /// As release().

@@ -193,7 +193,9 @@ class RandomSelection {
 
   /// A column of a URI: one of the table's, renamed or not, a constant, or one that is missing.
   std::string uriColumn(const Lines& names, const std::string& newName) {
-    static const Lines values = {"", "42", "true", "-1.50", "2024-02-29", "text, & %", "\u00E4"};
+    static const Lines values = {"",          "42",         "true",
+                                 "-1.50",     "2024-02-29", "1999-12-31 23:59:59.123456",
+                                 "text, & %", "\u00E4"};
     const std::string& name = names[below(names.size())];
     const std::string& value = values[below(values.size())];
     switch (below(4)) {

@@ -11,6 +11,9 @@
 
 namespace {
 
+constexpr std::string_view rowsKey = "rows=";
+constexpr std::string_view columnKey = "col=";
+
 struct Column {
   ZvbString name;
   ZvbString second;
@@ -23,6 +26,18 @@ std::string_view takeUntil(char separator, std::string_view* text) noexcept {
   const std::string_view part = text->substr(0, end);
   text->remove_prefix(std::min(end + 1, text->size()));
   return part;
+}
+
+/// Goes through parameters between `&` until one is not accepted; false then.
+template <typename Accept>
+bool forEach(std::string_view parameters, const Accept& accept) noexcept {
+  for (bool more = true; more;) {
+    more = parameters.find('&') != std::string_view::npos;
+    if (!accept(takeUntil('&', &parameters))) {
+      return false;
+    }
+  }
+  return true;
 }
 
 /// True when the whole text is a decimal number that fits.
@@ -102,26 +117,19 @@ class ReadURI final : public ZvURI {
   }
 
   [[nodiscard]] bool readParameters(std::string_view text) noexcept {
-    const auto most = static_cast<std::size_t>(std::count(text.begin(), text.end(), '&')) + 1;
-    columns_.reset(new (std::nothrow) Column[most]);
-    if (columns_ == nullptr) {
+    std::uint32_t columns = 0;
+    const bool allKnown = forEach(text, [&columns](std::string_view parameter) {
+      columns += parameter.starts_with(columnKey) ? 1 : 0;
+      return parameter.starts_with(columnKey) || parameter.starts_with(rowsKey);
+    });
+    if (!allKnown) {
       return false;
     }
-    for (std::size_t i = 0; i < most; ++i) {
-      if (!readParameter(takeUntil('&', &text))) {
-        return false;
-      }
-    }
-    return true;
-  }
-
-  [[nodiscard]] bool readParameter(std::string_view text) noexcept {
-    constexpr std::string_view rows = "rows=";
-    constexpr std::string_view column = "col=";
-    if (text.starts_with(rows)) {
-      return readRange(text.substr(rows.size()));
-    }
-    return text.starts_with(column) && readColumn(text.substr(column.size()));
+    columns_.reset(new (std::nothrow) Column[std::max<std::uint32_t>(columns, 1)]);
+    return columns_ != nullptr && forEach(text, [this](std::string_view parameter) {
+             return parameter.starts_with(rowsKey) ? readRange(parameter.substr(rowsKey.size()))
+                                                   : readColumn(parameter.substr(columnKey.size()));
+           });
   }
 
   [[nodiscard]] bool readRange(std::string_view text) noexcept {

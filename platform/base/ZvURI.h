@@ -5,11 +5,12 @@
 /// The first parameter stands behind `?`, each further one behind `&`; `rows` occurs once at most.
 /// A COUNT of -1 means to the end. A column is one of
 ///
-///   col=NAME           the table's column NAME
-///   col=NAME,SECOND    the table's column SECOND under the name NAME
+///   col=NAME              the table's column NAME
+///   col=NAME,SECOND       the table's column SECOND under the name NAME
 ///   col=NAME,SECOND,TYPE  a constant with the text SECOND and the zvbType TYPE; null when SECOND
-///                      is empty
+///                         is empty
 ///
+/// A column that the table has not is read as a constant text, SECOND or null.
 /// Percent signs stand for bytes, as in `%2C` for a comma; letters, digits and `-._~` need none. A
 /// scheme has two characters or more, so that `C:\x` is no URI. Of other schemes than zvwt, which
 /// is recognised in any case, only the scheme is looked at.

@@ -22,7 +22,7 @@ class Pieces {
   }
   Pieces& addEncoded(const ZvbString& piece) noexcept {
     zvbAppendEncoded(piece.asView(), &text_, &failed_);
-    failed_ = failed_ || piece.memoryShort();
+    require(piece);
     return *this;
   }
   Pieces& addNumber(std::int64_t number) noexcept {
@@ -30,6 +30,9 @@ class Pieces {
     digits.assign(number);
     return add(digits.asCstr());
   }
+
+  /// Fails when memory was short for a text that there may be nothing to add of.
+  void require(const ZvbString& text) noexcept { failed_ = failed_ || text.memoryShort(); }
 
   [[nodiscard]] const ZvbString& text() const noexcept { return text_; }
   [[nodiscard]] bool failed() const noexcept { return failed_; }
@@ -58,6 +61,7 @@ class BuiltURI final : public ZvWorkTableURI {
                                   ZvbString* error) noexcept override {
     Pieces column("col=");
     column.addEncoded(name);
+    column.require(second);
     if (!second.isEmpty() || type != 0) {
       column.add(",").addEncoded(second);
     }

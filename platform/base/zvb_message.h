@@ -51,7 +51,7 @@ inline constexpr ZvbMessageEntry zvbMessageCatalogue[] = {
     {1783, "tit", "The path of a new file (%1) cannot be split: status %2, %3."},
     {1784, "tit",
      "A directory and a file name (%1) cannot be joined: status %2, %3. A table's name is a plain "
-     "file name."},
+     "file name, and a malformed URI is taken for a name."},
     {1785, "iiii",
      "The work table has format version %1.%2; this library reads versions up to %3.%4 and later "
      "minor versions of the same major one."},

@@ -46,12 +46,6 @@ bool addTarget(ColumnDefinition& column, int position) noexcept {
 
 // ---- Selecting
 
-void Selection::selectAll() noexcept {
-  for (ColumnDefinition& column : columns_) {
-    column.targetCount = 1;
-  }
-}
-
 bool Selection::selectNames(int count, const ZvbString* names, ZvbString* error) noexcept {
   if (count == allColumns || (count == this->count() && namesAreTheTables(names))) {
     selectAll();
@@ -69,10 +63,9 @@ bool Selection::selectNames(int count, const ZvbString* names, ZvbString* error)
 }
 
 bool Selection::selectNumbers(int count, const int* numbers, ZvbString* error) noexcept {
-  const auto isOwnPlace = [numbers](int i) { return numbers[i] == i; };
   bool inOrder = count == this->count();
   for (int i = 0; i < count && inOrder; ++i) {
-    inOrder = isOwnPlace(i);
+    inOrder = numbers[i] == i;
   }
   if (count == allColumns || inOrder) {
     selectAll();
@@ -105,6 +98,13 @@ bool Selection::selectFromURI(const ZvURI& uri, ZvbString* error) noexcept {
   return true;
 }
 
+/// Each column at its own place.
+void Selection::selectAll() noexcept {
+  for (ColumnDefinition& column : columns_) {
+    column.targetCount = 1;
+  }
+}
+
 bool Selection::namesAreTheTables(const ZvbString* names) const noexcept {
   return std::equal(columns_.begin(), columns_.end(), names,
                     [](const ColumnDefinition& column, const ZvbString& name) {
@@ -121,7 +121,7 @@ bool Selection::isTheTables(const ZvURI& uri) const noexcept {
     ZvbString second;
     std::int32_t type = 0;
     (void)uri.getColumn(i, &name, &second, &type);
-    if (type != 0 || renames(name, second) || name.memoryShort() ||
+    if (type != 0 || renames(name, second) || name.memoryShort() || second.memoryShort() ||
         !matches(column(i).name, name)) {
       return false;
     }
@@ -244,6 +244,11 @@ bool Selection::giveValue(Entry& entry, const ZvbString& text, ZvbString* error)
     return memoryIsShort("(dynamic column value)", error);
   }
   (void)entry.constant->setType(entry.own->type);
+  if (entry.own->type == zvbTypeDate) {
+    // As exact as its text, which is what a URI can say of it.
+    entry.constant->assign(entry.constant->asString());
+    (void)entry.constant->setType(zvbTypeDate);
+  }
   if (entry.own->type == zvbTypeString) {
     entry.own->width = static_cast<std::int32_t>(text.length());
     entry.own->maxLength = entry.own->width;
@@ -309,9 +314,9 @@ bool Selection::describe(bool unread, ZvWorkTableURI& uri) const noexcept {
 bool Selection::describeEntry(const Entry& entry, ZvWorkTableURI& uri) noexcept {
   ZvbString unused;
   if (entry.source != nullptr) {
+    const ZvbString none;
     const bool isRenamed = entry.own != nullptr;
-    return uri.appendColumn(entry.shown->name, isRenamed ? entry.source->name : ZvbString(), 0,
-                            &unused);
+    return uri.appendColumn(entry.shown->name, isRenamed ? entry.source->name : none, 0, &unused);
   }
   return uri.appendColumn(entry.shown->name,
                           entry.constant != nullptr ? entry.constant->asString() : ZvbString(),

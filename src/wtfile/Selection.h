@@ -26,8 +26,6 @@ class Selection {
   /// For a table with these columns, none of which is marked yet.
   explicit Selection(Columns columns) noexcept : columns_(columns) {}
 
-  /// All columns, each at its own place.
-  void selectAll() noexcept;
   /// A name that the table has not is a constant null text. A count of -1 means all columns, here
   /// and below.
   [[nodiscard]] bool selectNames(int count, const ZvbString* names, ZvbString* error) noexcept;
@@ -66,6 +64,7 @@ class Selection {
   };
 
   [[nodiscard]] static bool describeEntry(const Entry& entry, ZvWorkTableURI& uri) noexcept;
+  void selectAll() noexcept;
   [[nodiscard]] bool namesAreTheTables(const ZvbString* names) const noexcept;
   [[nodiscard]] bool isTheTables(const ZvURI& uri) const noexcept;
   [[nodiscard]] ColumnDefinition* find(const ZvbString& name) const noexcept;

@@ -31,7 +31,11 @@ bool ZVWTFileImpl::openFromURI(const ZvbString& text, bool backwards) noexcept {
   }
   RowRange range;
   const bool hasRange = uri->getRowRange(&range.firstRow, &range.rowCount);
-  return open(uri->getPath(), true, hasRange ? &range : nullptr, backwards) &&
+  const ZvbString path = uri->getPath();
+  if (path.memoryShort()) {
+    return fail(WT_MESSAGE(outOfMemory, "(file path)"));
+  }
+  return open(path, true, hasRange ? &range : nullptr, backwards) &&
          finishOpening(selection_.selectFromURI(*uri, &errorMessage_));
 }
 

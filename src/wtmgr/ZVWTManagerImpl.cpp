@@ -261,10 +261,10 @@ ZvWorkTableFile* ZVWTManagerImpl::copyTable(std::int64_t maxElementSize,
                                             const ZvbString& sourceManagerName,
                                             const ZvbString& sourceName,
                                             ZvbString* error) noexcept {
+  error->setNull();
   if (sourceManagerName.isEmpty() || name_.compare(sourceManagerName, true) == 0) {
     return copyTable(maxElementSize, this, sourceName, error);
   }
-  error->setNull();
   ZvWorkTableManager* sourceManager = zvwtCreateManager(sourceManagerName, directoryList_, error);
   if (sourceManager == nullptr) {
     *error = WT_MESSAGE(sourceManagerNotMade, error->asCstr());

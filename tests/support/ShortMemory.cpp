@@ -1,24 +1,23 @@
 #include "support/ShortMemory.h"
 
 #include <cstdlib>
+#include <limits>
 #include <new>
 
 namespace {
 
-thread_local bool isShort = false;
-thread_local bool hasFailed = false;
-thread_local int failing = 0;
 thread_local std::int64_t allocations = 0;
+thread_local std::int64_t firstFailing = 0;  // counted as the allocations are
+thread_local std::int64_t endOfFailing = 0;
+thread_local bool hasFailed = false;
 
 void* allocate(std::size_t size) noexcept {
-  ++allocations;
-  const bool fails = isShort && (failing == ShortMemory::every || failing == 0);
-  if (isShort && failing != ShortMemory::every) {
-    isShort = !fails;
-    --failing;
+  const std::int64_t allocation = allocations++;
+  if (allocation >= firstFailing && allocation < endOfFailing) {
+    hasFailed = true;
+    return nullptr;
   }
-  hasFailed = hasFailed || fails;
-  return fails ? nullptr : std::malloc(size);
+  return std::malloc(size);
 }
 
 void* allocateOrThrow(std::size_t size) {
@@ -28,13 +27,15 @@ void* allocateOrThrow(std::size_t size) {
 
 }  // namespace
 
-ShortMemory::ShortMemory(int allocation) noexcept {
-  isShort = true;
+ShortMemory::ShortMemory() noexcept : ShortMemory(0, std::numeric_limits<int>::max()) {}
+
+ShortMemory::ShortMemory(int allocation, int count) noexcept {
   hasFailed = false;
-  failing = allocation;
+  firstFailing = allocations + allocation;
+  endOfFailing = firstFailing + count;
 }
 
-ShortMemory::~ShortMemory() { isShort = false; }
+ShortMemory::~ShortMemory() { endOfFailing = 0; }
 
 bool ShortMemory::met() const noexcept { return hasFailed; }
 

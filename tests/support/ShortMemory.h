@@ -3,13 +3,13 @@
 
 #include <cstdint>
 
-/// Lets one of this thread's allocations fail, while it lives.
+/// Lets some of this thread's allocations fail, while it lives.
 class ShortMemory {
  public:
-  static constexpr int every = -1;
-
-  /// `allocation` counts from 0; `every` means all of them.
-  explicit ShortMemory(int allocation = every) noexcept;
+  /// All of them.
+  ShortMemory() noexcept;
+  /// `count` in a row, after the first `allocation`.
+  ShortMemory(int allocation, int count) noexcept;
   ShortMemory(const ShortMemory&) = delete;
   ShortMemory& operator=(const ShortMemory&) = delete;
   ~ShortMemory();
