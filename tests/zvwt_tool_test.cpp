@@ -237,7 +237,7 @@ TEST_F(Tool, ReadsSelectedColumnsByOptionsOrByTheUriThatStandsForThem) {
   EXPECT_EQ(exported("zvwt:" + table + "?col=b%2Cc&col=k,42,2", {"--rows", "2,1"}),
             "\"b,c\",k\nthree,42\n");
   EXPECT_EQ(exported("zvwt:" + table, {"--select", "a"}), "a\n1\n2\n3\n");
-  EXPECT_EQ(run("info", {uri}).exitCode, 0);
+  EXPECT_EQ(run("info", {uri}).output, run("info", {table}).output);
 
   const Outcome missing = run("export", {"--select", "a,x=b", table});
   EXPECT_EQ(missing.exitCode, 1);
@@ -260,6 +260,7 @@ TEST_F(Tool, CopiesAndAppendsWhatIsSelected) {
   const std::size_t files = tables_.names().size();
   EXPECT_EQ(run("copy", {table}, ">/dev/full").exitCode, 1);
   EXPECT_EQ(run("copy", {"zvwt_missing"}).exitCode, 1);
+  EXPECT_EQ(run("copy", {"--select", "x=a,X=b", table}).exitCode, 1);
   EXPECT_EQ(tables_.names().size(), files);
 }
 
@@ -276,14 +277,14 @@ TEST_F(Tool, PartsReadInParallelAreTheTable) {
   const std::string copy = copied.output.substr(0, copied.output.find('\n'));
   EXPECT_EQ(run("partition", {"--select", "t", "zvwt:" + copy, "1"}).output,
             "zvwt:" + copy + "?rows=0,1024000&col=t\n");
-  const std::string script = files_.write(
-      "parts.sh", "export ZVWT=" + quoted(ZVWT_TOOL_PATH) + " ZVB_BASE_TEMP=" +
-                      quoted(tables_.path()) + "\n" + "cd " + quoted(files_.path()) + "\n" +
-                      R"("$ZVWT" partition "$1" 20 | nl -n rz |)"
-                      R"( xargs -P 4 -L 1 sh -c '"$ZVWT" export "$1" | tail -n +2 >part.$0')"
-                      "\ncat part.*\n");
+  const std::string script =
+      files_.write("parts.sh", "set -e\nexport ZVWT=" + quoted(ZVWT_TOOL_PATH) + " ZVB_BASE_TEMP=" +
+                                   quoted(tables_.path()) + "\ncd " + quoted(files_.path()) + "\n" +
+                                   R"("$ZVWT" partition "$1" 20 | nl -n rz |)"
+                                   R"( xargs -P 4 -L 1 sh -c '"$ZVWT" export "$1" >part.$0')"
+                                   "\ntail -q -n +2 part.*\n");
   const Outcome together = execute("sh " + quoted(script) + ' ' + copy);
-  EXPECT_EQ(together.errors, "");
+  EXPECT_EQ(together.exitCode, 0) << together.errors;
   EXPECT_TRUE("n,t\n" + together.output == exported(table));
 }
 
@@ -379,6 +380,8 @@ TEST_F(Tool, RefusesAWrongCommandLine) {
       {"partition", {"x"}},
       {"partition", {"x", "0"}},
       {"export", {"http://x"}},
+      {"export", {"zvwt:x?cols=a"}},
+      {"info", {"http://x"}},
       {"export", {"zvwt:x?col=a", "--select", "a"}},
       {"copy", {"zvwt:x?rows=0,1", "--rows", "0,1"}},
   };

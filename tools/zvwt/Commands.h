@@ -47,7 +47,7 @@ struct ShowOptions {
 };
 
 struct InfoOptions {
-  std::string table;
+  SourceOptions source;  ///< its rows and columns do not matter
 };
 
 struct CopyOptions {

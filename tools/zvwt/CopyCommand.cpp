@@ -2,6 +2,7 @@
 
 #include "Commands.h"
 #include "Diagnostics.h"
+#include "DisplayText.h"
 #include "InterruptGuard.h"
 #include "NewTable.h"
 #include "Source.h"
@@ -39,6 +40,10 @@ ExitCode runCopy(ZvWorkTableManager& manager, const CopyOptions& options) {
   std::string error;
   if (!source.find(manager, options.source, &error)) {
     return fail(error);
+  }
+  const std::string repeated = source.repeatedName();
+  if (!repeated.empty()) {
+    return fail("two columns would have the name " + quotedName(repeated));
   }
   const InterruptGuard guard;
   NewTable table(&manager);

@@ -6,6 +6,7 @@
 #include "FieldValue.h"
 #include "Handles.h"
 #include "OutputBuffer.h"
+#include "Source.h"
 #include "TextGrid.h"
 
 namespace zvwttool {
@@ -86,8 +87,13 @@ bool printColumns(ZvWorkTableFile* table, OutputBuffer* output) {
 }  // namespace
 
 ExitCode runInfo(ZvWorkTableManager& manager, const InfoOptions& options) {
+  Source source;
+  std::string error;
+  if (!source.find(manager, options.source, &error)) {
+    return fail(error);
+  }
   ZvbString text;
-  const TableHandle table(manager.openTable(options.table.c_str(), false, &text));
+  const TableHandle table(manager.openTable(source.table(), false, &text));
   if (table == nullptr) {
     return fail(text.asCstr());
   }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <new>
-#include <optional>
+#include <string_view>
 
 #include "DisplayText.h"
 #include "Handles.h"
@@ -23,6 +23,11 @@ bool sameName(const ZvbString& left, const ZvbString& right) {
 
 std::string Source::contradiction(const SourceOptions& options) {
   const ReadUri uri = readUri(options.table);
+  constexpr std::string_view start = "zvwt:";
+  if (uri == nullptr && sameName(options.table.substr(0, start.size()).c_str(), start.data())) {
+    return quotedName(options.table) +
+           " is malformed: the form is zvwt:NAME[?rows=FIRST,COUNT][&col=NAME[,SECOND[,TYPE]]]...";
+  }
   if (uri == nullptr) {
     return "";
   }
@@ -61,8 +66,12 @@ bool Source::find(ZvWorkTableManager& manager, const SourceOptions& options, std
   if (options.select.empty()) {
     columns_ = uri != nullptr ? columnsOf(*uri) : known;
   }
-  return std::all_of(options.select.begin(), options.select.end(),
-                     [&](const std::string& list) { return select(list, known, error); });
+  for (const std::string& list : options.select) {
+    if (!select(list, known, error)) {
+      return false;
+    }
+  }
+  return true;
 }
 
 Source::Columns Source::columnsOf(ZvWorkTableFile* table) {
@@ -110,6 +119,20 @@ bool Source::select(const std::string& list, const Columns& known, std::string* 
     begin = end + 1;
   }
   return true;
+}
+
+std::string Source::repeatedName() const {
+  std::vector<const ZvbString*> names;
+  for (const Column& column : columns_) {
+    names.push_back(&column.name);
+  }
+  std::sort(names.begin(), names.end(), [](const ZvbString* left, const ZvbString* right) {
+    return left->compare(*right, false) < 0;
+  });
+  const auto repeated = std::adjacent_find(
+      names.begin(), names.end(),
+      [](const ZvbString* left, const ZvbString* right) { return sameName(*left, *right); });
+  return repeated == names.end() ? "" : (*repeated)->asCstr();
 }
 
 RowRange Source::rows() const {

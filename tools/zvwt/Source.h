@@ -25,6 +25,9 @@ class Source {
   [[nodiscard]] ZvbString uri() const;
   [[nodiscard]] ZvbString uri(const RowRange& rows) const;
 
+  [[nodiscard]] const ZvbString& table() const { return table_; }
+  /// A name that two of the columns have; empty when there is none.
+  [[nodiscard]] std::string repeatedName() const;
   [[nodiscard]] bool isOfAllRows() const { return !hasRange_; }
   /// The rows of the source, none of them beyond the table's end.
   [[nodiscard]] RowRange rows() const;

@@ -87,20 +87,24 @@ void addRows(CLI::App* verb, SourceOptions* source) {
       ->type_name("FIRST,COUNT");
 }
 
-/// The table that a verb reads, and which of its columns.
-void addSource(CLI::App* verb, const char* position, SourceOptions* source, Options* options) {
+void addTable(CLI::App* verb, const char* position, SourceOptions* source) {
   verb->add_option(position, source->table, "the table's name, or a URI of it")->required();
-  addSelect(verb, source);
-  verb->add_flag_callback(
-      "--uri", [source, options] { options->uriWanted = source; },
-      "print the URI of what would be read, which can be given in place of the name and the "
-      "options, and do nothing else");
   verb->parse_complete_callback([source] {
     const std::string contradiction = Source::contradiction(*source);
     if (!contradiction.empty()) {
       throw CLI::ValidationError(contradiction);
     }
   });
+}
+
+/// The table that a verb reads, and which of its columns.
+void addSource(CLI::App* verb, const char* position, SourceOptions* source, Options* options) {
+  addTable(verb, position, source);
+  addSelect(verb, source);
+  verb->add_flag_callback(
+      "--uri", [source, options] { options->uriWanted = source; },
+      "print the URI of the rows and columns that would be read, which can be given in place of "
+      "the name, and do nothing else");
 }
 
 void addReadOptions(CLI::App* verb, ReadOptions* read, Options* options) {
@@ -183,7 +187,7 @@ void addPartition(CLI::App* app, Options* options) {
 void addInfo(CLI::App* app, Options* options) {
   CLI::App* verb =
       addVerb(app, "info", "Prints what a table consists of", runInfo, &options->info, options);
-  verb->add_option("TABLE", options->info.table, "the table's name, or a URI of it")->required();
+  addTable(verb, "TABLE", &options->info.source);
 }
 
 void addDelete(CLI::App* app, Options* options) {
