@@ -66,7 +66,7 @@ TEST_F(TableFaults, AnAppendRefusedByAFullDiskKeepsTheRowsThatWereThere) {
 TEST_F(TableFaults, AnAppendThatTheDiskCannotHoldKeepsWhatFits) {
   struct Case {
     int rows;
-    std::int64_t limit;
+    rlim_t limit;
     int id;
   };
   for (const Case& fault :
