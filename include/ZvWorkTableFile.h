@@ -14,11 +14,10 @@
 
 #include "base/ZvbDatavar.h"
 #include "base/ZvbString.h"
+#include "base/ZvbStringCursor.h"
 #include "base/zvb_export.h"
 #include "base/zvb_type.h"
 #include "datafile/ZvDatafileSort.h"
-
-class ZvbStringCursor;
 
 /// A part of a table's rows.
 struct RowRange {
@@ -71,14 +70,27 @@ class ZVB_API ZvWorkTableFile : public ZvDatafileSort {
   /// The same with the variants one after another.
   [[nodiscard]] virtual bool readRow(ZvbDatavar* values, bool* endOfTable) = 0;
 
-  /// Renders up to `maxRows` rows as an XML bean-definition document.
+  /// Puts up to `maxRows` rows, from where reading stands, into *out as an XML document in UTF-8:
+  /// bean definitions of the Spring Framework, with one bean "Table" that the bean
+  /// "TableFactoryBean" makes by createInstance(table's name, list of column names, list of rows,
+  /// each a list of texts). A negative `maxRows` stands for the table's row count less `firstRow`,
+  /// which has no other effect: open the table with a range. Values are escaped, the table's and
+  /// the columns' names are not, and characters that XML cannot have stay as they are. A null is an
+  /// empty text. The columns listed are always the table's: values stand below their labels only
+  /// when no columns were selected. With `endOfTable` given, fewer rows are no failure: the
+  /// document ends with the last one read, and *endOfTable tells the end of the table (set) from a
+  /// row that could not be read (clear, and the reason is in getErrorMessage()). With null they
+  /// are: 29, and *out is incomplete. Fails otherwise: 29 memory is short.
   [[nodiscard]] virtual bool asXml(int firstRow, int maxRows, ZvbString* out, bool* endOfTable) = 0;
 
   /// Closes and frees the object. A table created by this object that has seen any failure is
   /// removed from disk; every other table stays until it is deleted.
   virtual void release() = 0;
 
-  /// Statistics of the table as a cursor that the caller owns, or null.
+  /// Statistics of the table as it is now, as a cursor that the caller owns and that does not need
+  /// the table any more: the columns "Statistic" and "Value", and the rows "AccessKey", "Columns"
+  /// (of the reader's row), "ElementSize" (its limit in bytes), "Elements", "Rows", "Version".
+  /// Null on failure: 29 memory is short.
   [[nodiscard]] virtual ZvbStringCursor* getStatistics() = 0;
 
   /// The URI that opens this table again with the same columns, names, constants and rows;

@@ -155,15 +155,4 @@ TEST_F(TableFaults, ADamagedRowCostsOnlyItself) {
   }
 }
 
-TEST_F(TableFaults, AskingForWhatIsNotThereDoesNotCostTheTable) {
-  TableHandle table = create({{"a", zvbTypeInteger}});
-  EXPECT_TRUE(write(*table, row({std::int64_t{1}})));
-  EXPECT_TRUE(table->close());
-  EXPECT_EQ(nullptr, table->getStatistics());
-  EXPECT_EQ(1799, messageId(table->getErrorMessage()));
-  const std::string name = table->getName().asCstr();
-  table.reset();
-  EXPECT_EQ(Lines{"1"}, readTable(name));
-}
-
 }  // namespace

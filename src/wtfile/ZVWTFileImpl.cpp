@@ -236,17 +236,3 @@ std::int32_t ZVWTFileImpl::setSortColumn(std::int32_t /*key*/, std::uint32_t /*c
 std::int32_t ZVWTFileImpl::setSortOptionA(std::uint64_t /*value*/) noexcept { return 0; }
 
 std::int32_t ZVWTFileImpl::setSortOptionB(std::uint64_t /*value*/) noexcept { return 0; }
-
-bool ZVWTFileImpl::asXml(int /*firstRow*/, int /*maxRows*/, ZvbString* out,
-                         bool* endOfTable) noexcept {
-  out->truncate(0);
-  if (endOfTable != nullptr) {
-    *endOfTable = false;
-  }
-  return unavailable("The XML form of a table");
-}
-
-ZvbStringCursor* ZVWTFileImpl::getStatistics() noexcept {
-  (void)unavailable("The statistics cursor");
-  return nullptr;
-}

@@ -3,9 +3,9 @@
 /// Its operations stand in one file each for what they do: ZVWTFileImpl.cpp (life cycle and
 /// columns), TableHeader.cpp (the catalogue's bytes), TableOpen.cpp (opening and positioning),
 /// TableReaders.cpp (the openers for reading, and the URI), TableRows.cpp (rows), TableCopy.cpp
-/// (copying and appending). The columns that a reader gets are the selection's (Selection.h), the
-/// rows themselves the data elements' (wtelem/DataElement.h).
-/// Thread rule: one thread at a time.
+/// (copying and appending), TableDescriptions.cpp (statistics and XML). The columns that a reader
+/// gets are the selection's (Selection.h), the rows themselves the data elements'
+/// (wtelem/DataElement.h). Thread rule: one thread at a time.
 #pragma once
 
 #include <cstdint>
