@@ -4,11 +4,15 @@
 ///   ZvWorkTableManager* manager = zvwtCreateManager("reports", "", &error);
 ///   ZvWorkTableFile* table = manager->createTable(2, 0, &error);
 ///
-/// See ZvWorkTableManager.h for what a manager does and ZvWorkTableFile.h for what a table does.
+/// See ZvWorkTableManager.h for what a manager does, ZvWorkTableFile.h for what a table does, and
+/// ZvWorkTableCursor.h for the way to use a table as a cursor.
 #pragma once
 
+#include "ZvWorkTableCursor.h"
 #include "ZvWorkTableFile.h"
 #include "ZvWorkTableManager.h"
+#include "ZvWorkTableStringCursor.h"
+#include "ZvWorkTableStringZVWFCursor.h"
 #include "base/ZvbString.h"
 #include "base/zvb_export.h"
 
@@ -23,6 +27,14 @@
 extern "C" ZVB_API ZvWorkTableManager* zvwtCreateManager(const ZvbString& name,
                                                          const ZvbString& directoryList,
                                                          ZvbString* error);
+
+/// Cursors whose tables the manager creates, opens and deletes. The manager outlives them. Null
+/// when memory is short; the caller frees a cursor with release(). May be called from any thread.
+[[nodiscard]] ZVB_API ZvWorkTableCursor* zvwtCreateCursor(ZvWorkTableManager* manager) noexcept;
+[[nodiscard]] ZVB_API ZvWorkTableStringCursor* zvwtCreateStringCursor(
+    ZvWorkTableManager* manager) noexcept;
+[[nodiscard]] ZVB_API ZvWorkTableStringZVWFCursor* zvwtCreateStringZVWFCursor(
+    ZvWorkTableManager* manager) noexcept;
 
 /// What a table takes on disk.
 struct ZvwtTableSizes {

@@ -32,6 +32,7 @@ inline constexpr ZvbMessageEntry zvbMessageCatalogue[] = {
      "No directory accepts a new file; the last one tried was \"%1\": status %2, %3. Check that "
      "the directories exist, can be written to and have space."},
     {1420, "", "There is no column of that number."},
+    {1642, "", "Memory is short: a row of the cursor could not be allocated."},
     {1666, "t", "Another column has the name \"%1\" already."},
     {1747, "t", "A file could not be deleted: %1."},
     {1768, "", "Rows cannot be written: the work table is not open for writing."},
@@ -66,6 +67,8 @@ inline constexpr ZvbMessageEntry zvbMessageCatalogue[] = {
     {1792, "i", "Column number %1 is selected twice."},
     {1793, "", "Rows cannot be read: the work table is not open for reading."},
     {1794, "", "The row lies beyond the end of its data element."},
+    {1797, "t", "The cursor has no %1."},
+    {1798, "", "A cursor cannot be copied from itself."},
     {1799, "t", "%1 is not available in this version of the library."},
 };
 

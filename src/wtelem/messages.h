@@ -17,6 +17,7 @@ inline constexpr int openFailedStatus = 1352;  // path, status
 inline constexpr int openFailed = 1353;        // path, description
 inline constexpr int noDirectoryTakes = 1417;  // last directory, status, description
 inline constexpr int noSuchColumn = 1420;
+inline constexpr int noMemoryForRow = 1642;
 inline constexpr int duplicateColumnName = 1666;  // name
 inline constexpr int deleteFailed = 1747;         // description
 inline constexpr int notOpenForWriting = 1768;
@@ -41,6 +42,8 @@ inline constexpr int noSuchColumnNumber = 1791;   // column number
 inline constexpr int columnSelectedTwice = 1792;  // column number
 inline constexpr int notOpenForReading = 1793;
 inline constexpr int rowBeyondElement = 1794;
+inline constexpr int cursorLacks = 1797;  // what
+inline constexpr int copiedFromItself = 1798;
 inline constexpr int notAvailable = 1799;  // operation
 
 }  // namespace message

@@ -1,0 +1,263 @@
+#include "wtcursor_impl/ZvWorkTableCursorImpl.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <utility>
+
+#include "base/zvb_assert.h"
+#include "base/zvb_cursor.h"
+#include "wtelem/messages.h"
+
+ZvWorkTableCursorImpl::~ZvWorkTableCursorImpl() { (void)close(); }
+
+// ---- What every operation may need
+
+bool ZvWorkTableCursorImpl::fail(ZvbString text) noexcept {
+  errorMessage_ = std::move(text);
+  return false;
+}
+
+bool ZvWorkTableCursorImpl::failAs(ZvWorkTableFile& table) noexcept {
+  return fail(table.getErrorMessage());
+}
+
+bool ZvWorkTableCursorImpl::hasTable() noexcept {
+  return table_ != nullptr || fail(WT_MESSAGE(cursorLacks, "work table"));
+}
+
+bool ZvWorkTableCursorImpl::hasManager() noexcept {
+  return manager_ != nullptr || fail(WT_MESSAGE(cursorLacks, "manager"));
+}
+
+/// Asked of the cursor rather than of the table: a failure of the table's own would cost one that
+/// was just created its files.
+bool ZvWorkTableCursorImpl::hasColumn(int index) noexcept {
+  return hasTable() && ((index >= 0 && index < table_->getColumnCount()) ||
+                        fail(WT_MESSAGE(noSuchColumn)));
+}
+
+bool ZvWorkTableCursorImpl::describeColumn(int index, Column* column) noexcept {
+  int width = 0;
+  int maxLength = 0;
+  return table_->getColumnDefinition(index, &column->name, &column->type, &width, &maxLength) ||
+         failAs(*table_);
+}
+
+bool ZvWorkTableCursorImpl::makeRow(RowValues* row) noexcept {
+  if (*row == nullptr) {
+    row->reset(new (std::nothrow) ZvbDatavar[static_cast<std::size_t>(table_->getColumnCount())]);
+  }
+  return *row != nullptr || fail(WT_MESSAGE(noMemoryForRow));
+}
+
+void ZvWorkTableCursorImpl::discardRows() noexcept {
+  appendRow_.reset();
+  fetchRow_.reset();
+}
+
+// ---- Columns and rows
+
+ZvbString ZvWorkTableCursorImpl::columnName(int index) noexcept {
+  Column column;
+  return hasColumn(index) && describeColumn(index, &column) ? std::move(column.name) : ZvbString();
+}
+
+zvbType ZvWorkTableCursorImpl::columnType(int index) noexcept {
+  Column column;
+  return hasColumn(index) && describeColumn(index, &column) ? column.type : zvbType{0};
+}
+
+int ZvWorkTableCursorImpl::columnCount() noexcept {
+  return hasTable() ? table_->getColumnCount() : 0;
+}
+
+ZvbDatavar ZvWorkTableCursorImpl::value(int index) noexcept {
+  if (!hasColumn(index) ||
+      (fetchRow_ == nullptr && !fail(WT_MESSAGE(cursorLacks, "row that was read")))) {
+    return {};
+  }
+  return fetchRow_[static_cast<std::size_t>(index)];
+}
+
+bool ZvWorkTableCursorImpl::rowCount(std::int64_t* count) noexcept {
+  const std::int64_t rows = hasTable() ? table_->getRowCount() : 0;
+  *count = static_cast<std::int32_t>(rows);
+  return table_ != nullptr && *count == rows;
+}
+
+int ZvWorkTableCursorImpl::next() noexcept {
+  const bool canRead =
+      hasTable() && (!isWriting_ || fail(WT_MESSAGE(notOpenForReading))) && makeRow(&fetchRow_);
+  if (!canRead) {
+    return zvbCursorFailed;
+  }
+  bool endOfTable = false;
+  if (table_->readRow(fetchRow_.get(), &endOfTable)) {
+    return zvbCursorRow;
+  }
+  if (endOfTable) {
+    return zvbCursorEnd;
+  }
+  (void)failAs(*table_);
+  return zvbCursorFailed;
+}
+
+bool ZvWorkTableCursorImpl::newRow() noexcept {
+  if (!hasTable() || !makeRow(&appendRow_)) {
+    return false;
+  }
+  std::for_each_n(appendRow_.get(), table_->getColumnCount(),
+                  [](ZvbDatavar& value) { value.setNull(); });
+  return true;
+}
+
+void ZvWorkTableCursorImpl::setValue(int index, const ZvbDatavar& value) noexcept {
+  if (hasColumn(index) && makeRow(&appendRow_)) {
+    appendRow_[static_cast<std::size_t>(index)] = value;
+  }
+}
+
+bool ZvWorkTableCursorImpl::appendRow() noexcept {
+  return hasTable() && makeRow(&appendRow_) &&
+         (table_->writeRow(appendRow_.get()) || failAs(*table_));
+}
+
+// ---- Creating
+
+void ZvWorkTableCursorImpl::addColumn(const ZvbString& name, zvbType type) noexcept {
+  Column column{.name = name, .type = type};
+  columnLost_ = column.name.memoryShort() || !columns_.append(std::move(column)) || columnLost_;
+}
+
+bool ZvWorkTableCursorImpl::create() noexcept {
+  if (columnLost_) {
+    return fail(WT_MESSAGE(outOfMemory, "(cursor column)"));
+  }
+  if (columns_.isEmpty()) {
+    return fail(zvbStringFormat("Cannot create zero columns"));
+  }
+  if (!hasManager()) {
+    return false;
+  }
+  const int count = static_cast<int>(columns_.size());
+  Table made(manager_->createTable(count, 0, &errorMessage_));
+  for (int i = 0; i < count && made != nullptr; ++i) {
+    const Column& column = columns_[static_cast<std::size_t>(i)];
+    if (!made->defineColumn(i, column.name, column.type, 0)) {
+      return failAs(*made);
+    }
+  }
+  if (made == nullptr) {
+    return false;
+  }
+  (void)letGoOfTable();
+  table_ = std::move(made);
+  isWriting_ = true;
+  return true;
+}
+
+bool ZvWorkTableCursorImpl::copyFrom(ZvbDatavarCursor* source) noexcept {
+  return copyAfterClose<ZvbDatavarCursor>(
+      source, this, [&](ZvbString* error) { return copyCursor(source, this, error); });
+}
+
+bool ZvWorkTableCursorImpl::canCopy(bool hasSource, bool isItself) noexcept {
+  return (hasSource || fail(WT_MESSAGE(cursorLacks, "source"))) &&
+         (!isItself || fail(WT_MESSAGE(copiedFromItself)));
+}
+
+// ---- Attaching and letting go
+
+ZvWorkTableFile* ZvWorkTableCursorImpl::workTable(bool detach) noexcept {
+  if (!hasTable() || !detach) {
+    return table_.get();
+  }
+  discardRows();
+  isWriting_ = false;
+  return table_.release();
+}
+
+bool ZvWorkTableCursorImpl::setWorkTable(ZvWorkTableFile* table) noexcept {
+  discardRows();
+  forgetColumns();
+  if (table != table_.get()) {
+    (void)letGoOfTable();
+    table_.reset(table);
+  }
+  return table_ == nullptr || takeColumns();
+}
+
+bool ZvWorkTableCursorImpl::takeColumns() noexcept {
+  const int count = table_->getColumnCount();
+  for (int i = 0; i < count; ++i) {
+    Column column;
+    if (!describeColumn(i, &column)) {
+      return false;
+    }
+    addColumn(column.name, column.type);
+  }
+  return !columnLost_ || fail(WT_MESSAGE(outOfMemory, "(cursor column)"));
+}
+
+/// The table is closed first, so that rows that cannot be flushed are the reason that is given, and
+/// its URI is found while it is there.
+bool ZvWorkTableCursorImpl::rewind() noexcept {
+  if (!hasTable() || !hasManager()) {
+    return false;
+  }
+  discardRows();
+  isWriting_ = false;
+  if (!table_->close()) {
+    (void)failAs(*table_);
+    table_.reset();
+    return false;
+  }
+  const ZvbString uri = table_->getURI(true);
+  if (uri.isEmpty()) {
+    return fail(WT_MESSAGE(outOfMemory, "(work table URI)"));
+  }
+  // A table that has failed is removed when it is released: that failure is why it cannot be opened.
+  ZvbString earlierFailure = table_->getErrorMessage();
+  lostName_ = table_->getName();
+  table_.reset();
+  table_.reset(manager_->openTable(uri, false, &errorMessage_));
+  if (table_ == nullptr) {
+    return earlierFailure.isEmpty() ? false : fail(std::move(earlierFailure));
+  }
+  lostName_.setNull();
+  return true;
+}
+
+bool ZvWorkTableCursorImpl::close() noexcept {
+  forgetColumns();
+  return letGoOfTable();
+}
+
+void ZvWorkTableCursorImpl::forgetColumns() noexcept {
+  columns_.clear();
+  columnLost_ = false;
+}
+
+/// Releases the table and, unless it is to be kept, deletes it. A table that has failed may have
+/// been removed by its release.
+bool ZvWorkTableCursorImpl::letGoOfTable() noexcept {
+  discardRows();
+  isWriting_ = false;
+  ZvbString name = std::exchange(lostName_, ZvbString());
+  bool mayBeGone = !name.isEmpty();
+  if (table_ != nullptr) {
+    name = table_->getName();
+    mayBeGone = !table_->close() || !table_->getErrorMessage().isEmpty();
+    table_.reset();
+  }
+  if (!removeOnClose_ || manager_ == nullptr || name.isEmpty()) {
+    return true;
+  }
+  ZvbString reason;
+  if (manager_->deleteTable(name, &reason) || mayBeGone) {
+    return true;
+  }
+  zvbAssertFailure(reason.asCstr(), "wtcursor_impl", __LINE__);
+  return fail(std::move(reason));
+}

@@ -1,0 +1,88 @@
+/// The cursor behind ZvWorkTableCursor, and the engine of the string cursors.
+///
+/// It has no table, or writes the one that it has created, or reads one: a table that it has
+/// reopened (rewind) or was given (setWorkTable).
+/// Thread rule: one thread at a time.
+#pragma once
+
+#include <memory>
+
+#include "ZvWorkTableCursor.h"
+#include "ZvWorkTableManager.h"
+#include "base/ZvbArray.h"
+#include "base/ZvbDatavar.h"
+#include "base/ZvbString.h"
+
+class ZvWorkTableCursorImpl final : public ZvWorkTableCursor {
+ public:
+  /// The manager, which may be null, outlives the cursor.
+  explicit ZvWorkTableCursorImpl(ZvWorkTableManager* manager) noexcept : manager_(manager) {}
+  ZvWorkTableCursorImpl(const ZvWorkTableCursorImpl&) = delete;
+  ZvWorkTableCursorImpl& operator=(const ZvWorkTableCursorImpl&) = delete;
+  ~ZvWorkTableCursorImpl() override;
+
+  bool isValid() noexcept override { return true; }
+  ZvbString columnName(int index) noexcept override;
+  zvbType columnType(int index) noexcept override;
+  int columnCount() noexcept override;
+  ZvbDatavar value(int index) noexcept override;
+  ZvbString errorMessage() noexcept override { return errorMessage_; }
+  bool rowCount(std::int64_t* count) noexcept override;
+  int next() noexcept override;
+  void release() noexcept override { delete this; }
+  bool rewind() noexcept override;
+  bool newRow() noexcept override;
+  void setValue(int index, const ZvbDatavar& value) noexcept override;
+  bool appendRow() noexcept override;
+  bool endAppend() noexcept override { return rewind(); }
+  bool copyFrom(ZvbDatavarCursor* source) noexcept override;
+  void addColumn(const ZvbString& name, zvbType type) noexcept override;
+  bool create() noexcept override;
+  ZvWorkTableFile* workTable(bool detach) noexcept override;
+  bool setWorkTable(ZvWorkTableFile* table) noexcept override;
+  void setRemoveOnClose(bool remove) noexcept override { removeOnClose_ = remove; }
+
+  /// What copyFrom does, for cursors of either kind: refuses a source that is not there or that is
+  /// the target itself, closes, and lets `copy` do the rest with the place for its error text.
+  template <typename Source, typename Copy>
+  bool copyAfterClose(const Source* source, const Source* target, const Copy& copy) noexcept {
+    return canCopy(source != nullptr, source == target) && close() && copy(&errorMessage_);
+  }
+
+ private:
+  struct ReleaseTable {
+    void operator()(ZvWorkTableFile* table) const noexcept { table->release(); }
+  };
+  using Table = std::unique_ptr<ZvWorkTableFile, ReleaseTable>;
+  using RowValues = std::unique_ptr<ZvbDatavar[]>;
+
+  struct Column {
+    ZvbString name;
+    zvbType type = zvbTypeString;
+  };
+
+  bool fail(ZvbString text) noexcept;
+  bool failAs(ZvWorkTableFile& table) noexcept;
+  bool hasTable() noexcept;
+  bool hasColumn(int index) noexcept;
+  bool hasManager() noexcept;
+  bool canCopy(bool hasSource, bool isItself) noexcept;
+  bool describeColumn(int index, Column* column) noexcept;
+  bool takeColumns() noexcept;
+  bool makeRow(RowValues* row) noexcept;
+  bool close() noexcept;
+  bool letGoOfTable() noexcept;
+  void discardRows() noexcept;
+  void forgetColumns() noexcept;
+
+  ZvbString errorMessage_;
+  ZvWorkTableManager* manager_;
+  Table table_;
+  ZvbString lostName_;  // of a table that rewind could not open again
+  bool isWriting_ = false;
+  bool removeOnClose_ = true;
+  ZvbArray<Column> columns_;  // of the table to be created
+  bool columnLost_ = false;   // memory was short for one of them
+  RowValues appendRow_;       // one value for each column of the table; made when needed
+  RowValues fetchRow_;        // likewise
+};

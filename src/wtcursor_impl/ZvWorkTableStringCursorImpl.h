@@ -1,0 +1,15 @@
+/// The cursor behind ZvWorkTableStringCursor: dates are given in the form for people.
+#pragma once
+
+#include "ZvWorkTableStringCursor.h"
+#include "wtcursor_impl/TextCursor.h"
+
+class ZvWorkTableStringCursorImpl final : public TextCursor<ZvWorkTableStringCursor> {
+ public:
+  using TextCursor::TextCursor;
+
+  ZvbString value(int index) noexcept override {
+    const ZvbDatavar value = engine().value(index);
+    return value.type() == zvbTypeDate ? value.asDate().asString(true) : value.asString();
+  }
+};
