@@ -75,12 +75,12 @@ class ZVB_API ZvWorkTableFile : public ZvDatafileSort {
   /// "TableFactoryBean" makes by createInstance(table's name, list of column names, list of rows,
   /// each a list of texts). A negative `maxRows` stands for the table's row count less `firstRow`,
   /// which has no other effect: open the table with a range. Values are escaped, the table's and
-  /// the columns' names are not, and characters that XML cannot have stay as they are. A null is an
-  /// empty text. The columns listed are always the table's: values stand below their labels only
-  /// when no columns were selected. With `endOfTable` given, fewer rows are no failure: the
-  /// document ends with the last one read, and *endOfTable tells the end of the table (set) from a
-  /// row that could not be read (clear, and the reason is in getErrorMessage()). With null they
-  /// are: 29, and *out is incomplete. Fails otherwise: 29 memory is short.
+  /// the columns' names are not, and what XML cannot have, control characters and `]]>`, stays as
+  /// it is. A null is an empty text. The columns listed are always the table's: values stand below
+  /// their labels only when no columns were selected. With `endOfTable` given, fewer rows are no
+  /// failure: the document ends with the last one read, and *endOfTable tells the end of the table
+  /// (set) from a row that could not be read (clear, and the reason is in getErrorMessage()). With
+  /// null they are: 29, and *out is incomplete. Fails otherwise: 29 memory is short.
   [[nodiscard]] virtual bool asXml(int firstRow, int maxRows, ZvbString* out, bool* endOfTable) = 0;
 
   /// Closes and frees the object. A table created by this object that has seen any failure is

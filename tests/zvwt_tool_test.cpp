@@ -245,6 +245,27 @@ TEST_F(Tool, ReadsSelectedColumnsByOptionsOrByTheUriThatStandsForThem) {
   EXPECT_EQ(run("export", {"zvwt:" + table + "?rows=-1,1"}).exitCode, 1);
 }
 
+TEST_F(Tool, ExportsXmlAndStatistics) {
+  const std::string table = import("a,b\n1,x&y\n2,\n3,z\n");
+  const std::vector<std::string> xml = {"--format", "xml", "--rows", "1,2", "--backwards"};
+  const std::string document = exported(table, xml);
+  EXPECT_TRUE(document.starts_with("<?xml version='1.0' encoding='UTF-8'?><beans ")) << document;
+  EXPECT_TRUE(
+      document.ends_with("<list><list><value>3</value><value>z</value></list>"
+                         "<list><value>2</value><value></value></list></list>"
+                         "</constructor-arg></bean></beans>\n"))
+      << document;
+  EXPECT_NE(exported(table, {"--format", "xml"}).find("x&amp;y"), std::string::npos);
+  EXPECT_EQ(run("export", {"--format", "xml", "--select", "b", table}).exitCode, 1);
+  EXPECT_EQ(run("export", {"--format", "xml", import("a<b\n1\n")}).exitCode, 1);
+  EXPECT_EQ(run("export", {"--format", "yaml", table}).exitCode, 2);
+
+  const Outcome statistics = run("info", {"--stats", table});
+  EXPECT_EQ(statistics.output,
+            "Statistic    Value\n-----------  -----\nAccessKey\nColumns      2\n"
+            "ElementSize  0\nElements     1\nRows         3\nVersion      1.0\n");
+}
+
 TEST_F(Tool, CopiesAndAppendsWhatIsSelected) {
   const std::string table = import("a,b\n1,x\n2,\u00E4\n");
   const Outcome copied = run("copy", {"--select", "n=b,m=a", "--max-element-size", "1", table});

@@ -33,8 +33,8 @@ bool ZvWorkTableCursorImpl::hasManager() noexcept {
 /// Asked of the cursor rather than of the table: a failure of the table's own would cost one that
 /// was just created its files.
 bool ZvWorkTableCursorImpl::hasColumn(int index) noexcept {
-  return hasTable() && ((index >= 0 && index < table_->getColumnCount()) ||
-                        fail(WT_MESSAGE(noSuchColumn)));
+  return hasTable() &&
+         ((index >= 0 && index < table_->getColumnCount()) || fail(WT_MESSAGE(noSuchColumn)));
 }
 
 bool ZvWorkTableCursorImpl::describeColumn(int index, Column* column) noexcept {
@@ -217,7 +217,8 @@ bool ZvWorkTableCursorImpl::rewind() noexcept {
   if (uri.isEmpty()) {
     return fail(WT_MESSAGE(outOfMemory, "(work table URI)"));
   }
-  // A table that has failed is removed when it is released: that failure is why it cannot be opened.
+  // A table that has failed is removed when it is released: that failure is why it cannot be
+  // opened.
   ZvbString earlierFailure = table_->getErrorMessage();
   lostName_ = table_->getName();
   table_.reset();

@@ -6,7 +6,9 @@ namespace {
 
 using Cursor = ZvWorkTableStringZVWFCursorImpl;
 
-Cursor& cursorOf(const ZvwfHandle* handle) noexcept { return *static_cast<Cursor*>(handle->cursor); }
+Cursor& cursorOf(const ZvwfHandle* handle) noexcept {
+  return *static_cast<Cursor*>(handle->cursor);
+}
 
 int statusOf(bool done) noexcept { return done ? 0 : 1; }
 

@@ -92,7 +92,8 @@ bool ZVWTFileImpl::asXml(int firstRow, int maxRows, ZvbString* out, bool* endOfT
                                         static_cast<std::uint32_t>(firstRow));
   }
   // Room for a selection that is wider than the table; what it does not fill stays null.
-  const auto valueCount = static_cast<std::size_t>(std::max(state_.columnCount, selection_.count()));
+  const auto valueCount =
+      static_cast<std::size_t>(std::max(state_.columnCount, selection_.count()));
   const std::unique_ptr<ZvbDatavar[]> values(new (std::nothrow) ZvbDatavar[valueCount]);
   if (values == nullptr) {
     return fail(WT_MESSAGE(outOfMemory, "(column value array)"));

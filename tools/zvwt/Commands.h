@@ -46,8 +46,14 @@ struct ShowOptions {
   std::int64_t limit = 20;  ///< rows
 };
 
+struct ExportOptions {
+  ReadOptions read;
+  bool asXml = false;  ///< instead of as CSV
+};
+
 struct InfoOptions {
-  SourceOptions source;  ///< its rows and columns do not matter
+  SourceOptions source;     ///< its rows and columns do not matter
+  bool statistics = false;  ///< only what the table's statistics cursor gives
 };
 
 struct CopyOptions {
@@ -73,8 +79,8 @@ struct DeleteOptions {
 [[nodiscard]] ExitCode runImport(ZvWorkTableManager& manager, const ImportOptions& options);
 /// Prints rows for people.
 [[nodiscard]] ExitCode runShow(ZvWorkTableManager& manager, const ShowOptions& options);
-/// Prints rows as CSV, see CsvWriter.h.
-[[nodiscard]] ExitCode runExport(ZvWorkTableManager& manager, const ReadOptions& options);
+/// Prints rows as CSV, see CsvWriter.h, or all columns of them as the library's XML document.
+[[nodiscard]] ExitCode runExport(ZvWorkTableManager& manager, const ExportOptions& options);
 /// Prints what a table consists of.
 [[nodiscard]] ExitCode runInfo(ZvWorkTableManager& manager, const InfoOptions& options);
 /// Makes a table of a source's rows and columns and prints its name. Whatever fails, nothing stays

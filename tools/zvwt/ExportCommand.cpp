@@ -40,16 +40,38 @@ bool writeRows(TableRows* rows, OutputBuffer* output, std::string* error) {
   return result != ReadResult::failure;
 }
 
+/// The document has the table's columns whatever was selected, and their names as they are.
+bool writeXml(TableRows* rows, OutputBuffer* output, std::string* error) {
+  if (!rows->source().isOfAllColumns()) {
+    *error = "XML has all columns of a table: make a copy with the columns that you want";
+    return false;
+  }
+  for (const TableRows::Column& column : rows->columns()) {
+    if (column.name.find_first_of("&<") != std::string::npos) {
+      *error = "column " + quotedName(column.name) + ": XML cannot have the name as it is";
+      return false;
+    }
+  }
+  ZvbString document;
+  if (!rows->readAsXml(&document, error)) {
+    return false;
+  }
+  output->append(document.asView());
+  output->append('\n');
+  return true;
+}
+
 }  // namespace
 
-ExitCode runExport(ZvWorkTableManager& manager, const ReadOptions& options) {
+ExitCode runExport(ZvWorkTableManager& manager, const ExportOptions& options) {
   TableRows rows;
   std::string error;
-  if (!rows.open(manager, options, &error)) {
+  if (!rows.open(manager, options.read, &error)) {
     return fail(error);
   }
   OutputBuffer output;
-  const bool complete = writeRows(&rows, &output, &error);
+  const bool complete =
+      options.asXml ? writeXml(&rows, &output, &error) : writeRows(&rows, &output, &error);
   const ExitCode written = output.finish();
   return complete ? written : fail(error);
 }

@@ -19,6 +19,8 @@ using ManagerHandle = std::unique_ptr<ZvWorkTableManager, Release>;
 /// To be gone before its manager.
 using TableHandle = std::unique_ptr<ZvWorkTableFile, Release>;
 
+using StringCursorHandle = std::unique_ptr<ZvbStringCursor, Release>;
+
 /// A manager over a list of directories; null, with the reason in *error, on failure.
 [[nodiscard]] inline ManagerHandle openManager(const std::string& directories, std::string* error) {
   ZvbString text;

@@ -84,6 +84,22 @@ bool printColumns(ZvWorkTableFile* table, OutputBuffer* output) {
   return true;
 }
 
+ExitCode printStatistics(ZvWorkTableFile* table) {
+  const StringCursorHandle statistics(table->getStatistics());
+  if (statistics == nullptr) {
+    return fail(table->getErrorMessage().asCstr());
+  }
+  TextGrid grid({Align::left, Align::left}, cellWidthLimit);
+  addFact(statistics->columnName(0).asView(), statistics->columnName(1).asView(), &grid);
+  grid.addRule();
+  while (statistics->next() == zvbCursorRow) {
+    addFact(statistics->value(0).asView(), statistics->value(1).asView(), &grid);
+  }
+  OutputBuffer output;
+  grid.print(&output);
+  return output.finish();
+}
+
 }  // namespace
 
 ExitCode runInfo(ZvWorkTableManager& manager, const InfoOptions& options) {
@@ -96,6 +112,9 @@ ExitCode runInfo(ZvWorkTableManager& manager, const InfoOptions& options) {
   const TableHandle table(manager.openTable(source.table(), false, &text));
   if (table == nullptr) {
     return fail(text.asCstr());
+  }
+  if (options.statistics) {
+    return printStatistics(table.get());
   }
   const ZvbString name = table->getName();
   ZvwtTableSizes sizes{};

@@ -71,6 +71,12 @@ bool Source::find(ZvWorkTableManager& manager, const SourceOptions& options, std
       return false;
     }
   }
+  isOfAllColumns_ =
+      std::equal(columns_.begin(), columns_.end(), known.begin(), known.end(),
+                 [](const Column& column, const Column& own) {
+                   return column.type == 0 && sameName(column.name, own.name) &&
+                          (column.second.isEmpty() || sameName(column.second, own.name));
+                 });
   return true;
 }
 

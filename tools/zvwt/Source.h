@@ -28,6 +28,8 @@ class Source {
   [[nodiscard]] const ZvbString& table() const { return table_; }
   /// A name that two of the columns have; empty when there is none.
   [[nodiscard]] std::string repeatedName() const;
+  /// True when the columns are the table's, in their order and under their names.
+  [[nodiscard]] bool isOfAllColumns() const { return isOfAllColumns_; }
   [[nodiscard]] bool isOfAllRows() const { return !hasRange_; }
   /// The rows of the source, none of them beyond the table's end.
   [[nodiscard]] RowRange rows() const;
@@ -50,6 +52,7 @@ class Source {
 
   ZvbString table_;
   Columns columns_;
+  bool isOfAllColumns_ = false;
   bool hasRange_ = false;
   RowRange range_;  // as it was given
   std::int64_t rowsOfTable_ = 0;

@@ -1,5 +1,7 @@
 #include "TableRows.h"
 
+#include <limits>
+
 namespace zvwttool {
 
 bool TableRows::open(ZvWorkTableManager& manager, const ReadOptions& options, std::string* error) {
@@ -61,6 +63,19 @@ ReadResult TableRows::next(std::string* error) {
   }
   --remaining_;
   return ReadResult::row;
+}
+
+bool TableRows::readAsXml(ZvbString* document, std::string* error) {
+  constexpr std::int64_t mostRows = std::numeric_limits<int>::max();
+  if (remaining_ > mostRows) {
+    *error = "more rows than one XML document can have";
+    return false;
+  }
+  bool endOfTable = false;
+  const bool made = table_->asXml(0, static_cast<int>(remaining_), document, &endOfTable);
+  const ZvbString reason = table_->getErrorMessage();  // also of a row that could not be read
+  *error = reason.asCstr();
+  return made && reason.isEmpty();
 }
 
 bool TableRows::readRow(std::string* error) {

@@ -27,6 +27,10 @@ class TableRows {
   /// Reads the next row into value(). On failure the reason is in *error.
   [[nodiscard]] ReadResult next(std::string* error);
   [[nodiscard]] const ZvbDatavar& value(std::size_t column) const { return values_[column]; }
+  /// Puts the rows that next() has not read yet into an XML document of the library's. On failure
+  /// the reason is in *error.
+  [[nodiscard]] bool readAsXml(ZvbString* document, std::string* error);
+  [[nodiscard]] const Source& source() const { return source_; }
   /// Rows of the range that next() has not read yet.
   [[nodiscard]] std::int64_t remaining() const { return remaining_; }
 

@@ -26,7 +26,7 @@ struct Options {
   std::vector<std::string> directories;
   ImportOptions import;
   ShowOptions show;
-  ReadOptions read;
+  ExportOptions exported;
   CopyOptions copy;
   AppendOptions append;
   PartitionOptions partition;
@@ -149,9 +149,16 @@ void addShow(CLI::App* app, Options* options) {
 }
 
 void addExport(CLI::App* app, Options* options) {
-  CLI::App* verb =
-      addVerb(app, "export", "Prints a table as CSV", runExport, &options->read, options);
-  addReadOptions(verb, &options->read, options);
+  CLI::App* verb = addVerb(app, "export", "Prints a table as CSV or XML", runExport,
+                           &options->exported, options);
+  addReadOptions(verb, &options->exported.read, options);
+  verb->add_option_function<std::string>(
+          "--format",
+          [options](const std::string& format) { options->exported.asXml = format == "xml"; },
+          "csv, or xml for the bean definition of a table, which has all columns")
+      ->check(CLI::IsMember({"csv", "xml"}))
+      ->take_last()
+      ->default_str("csv");
 }
 
 void addCopy(CLI::App* app, Options* options) {
@@ -188,6 +195,8 @@ void addInfo(CLI::App* app, Options* options) {
   CLI::App* verb =
       addVerb(app, "info", "Prints what a table consists of", runInfo, &options->info, options);
   addTable(verb, "TABLE", &options->info.source);
+  verb->add_flag("--stats", options->info.statistics,
+                 "only the table's statistics as the library's cursor gives them");
 }
 
 void addDelete(CLI::App* app, Options* options) {
