@@ -7,20 +7,13 @@
 
 #include <cstddef>
 #include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "zvwt.h"
+#include "ZvwtHandles.h"
 
-struct Releaser {
-  template <typename Object>
-  void operator()(Object* object) const {
-    object->release();
-  }
-};
-using Manager = std::unique_ptr<ZvWorkTableManager, Releaser>;
-using Table = std::unique_ptr<ZvWorkTableFile, Releaser>;
+using Manager = zvwt::Manager;
+using Table = zvwt::Table;
 
 /// Ends the benchmark: what it measures does not work.
 [[noreturn]] void stop(const char* what, const ZvbString& why);

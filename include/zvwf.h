@@ -19,6 +19,7 @@
 extern "C" {
 #endif
 
+/* NOLINTBEGIN(modernize-use-using): C has no other names for types. */
 typedef struct ZvwfFunctions ZvwfFunctions;
 
 /** One cursor. */
@@ -26,6 +27,7 @@ typedef struct ZvwfHandle {
   const ZvwfFunctions* functions; /**< the same for all cursors */
   void* cursor;                   /**< for the functions themselves */
 } ZvwfHandle;
+/* NOLINTEND(modernize-use-using) */
 
 /** The functions. Those that answer with an int give 0 for success and 1 for failure, where nothing
  * else is said; errorMessage has the reason. */

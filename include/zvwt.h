@@ -5,7 +5,8 @@
 ///   ZvWorkTableFile* table = manager->createTable(2, 0, &error);
 ///
 /// See ZvWorkTableManager.h for what a manager does, ZvWorkTableFile.h for what a table does, and
-/// ZvWorkTableCursor.h for the way to use a table as a cursor.
+/// ZvWorkTableCursor.h for the way to use a table as a cursor. ZvwtHandles.h has owners for all of
+/// these objects and loops over rows.
 #pragma once
 
 #include "ZvWorkTableCursor.h"

@@ -18,8 +18,8 @@
 namespace {
 
 using Lines = std::vector<std::string>;
-using CursorHandle = std::unique_ptr<ZvWorkTableCursor, Releaser>;
-using StringCursorHandle = std::unique_ptr<ZvWorkTableStringCursor, Releaser>;
+using CursorHandle = zvwt::Cursor;
+using StringCursorHandle = zvwt::StringCursor;
 
 ZvbDatavar variant(const Cell& cell) {
   ZvbDatavar value;
@@ -220,8 +220,7 @@ TEST_F(CursorTest, CountsRowsIn32Bits) {
   std::int64_t rows = 0;
   EXPECT_FALSE(cursor->rowCount(&rows));
   EXPECT_EQ(5, rows);
-  const std::unique_ptr<ZvWorkTableStringZVWFCursor, Releaser> functions(
-      zvwtCreateStringZVWFCursor(manager.get()));
+  const zvwt::ZvwfCursor functions(zvwtCreateStringZVWFCursor(manager.get()));
   EXPECT_TRUE(functions->setWorkTable(cursor->workTable(true)));
   ZvwfHandle* handle = functions->zvwfHandle();
   EXPECT_EQ(-1, handle->functions->rowCount(handle));
@@ -328,7 +327,7 @@ TEST_F(CursorTest, CopiesAnyCursor) {
   const StringCursorHandle texts = makeStringCursor();
   const TableHandle table = open(makeTable({{"d", zvbTypeDate}, {"n", zvbTypeInteger}},
                                            {row({std::string("2024-02-29"), {}})}));
-  const std::unique_ptr<ZvbStringCursor, Releaser> statistics(table->getStatistics());
+  const zvwt::Statistics statistics(table->getStatistics());
   EXPECT_EQ(zvbCursorRow, statistics->next());
   ASSERT_TRUE(texts->copyFrom(statistics.get())) << texts->errorMessage().asCstr();
   EXPECT_EQ(
@@ -342,17 +341,17 @@ TEST_F(CursorTest, CopiesAnyCursor) {
 
 // ---- Any sequence of calls
 
-/// What a cursor must answer, told by a table that is a list of rows. All columns are integers.
-struct Model {
-  struct Table {
-    Lines columns;
-    Lines rows;  // as readAll shows them
-    bool isWriting = false;
-    std::size_t position = 0;
-  };
+struct ModelTable {
+  Lines columns;  // all of integers
+  Lines rows;     // as readAll shows them
+  bool isWriting = false;
+  std::size_t position = 0;
+};
 
+/// What a cursor must answer, told by a table that is a list of rows.
+struct Model {
   Lines pending;
-  std::optional<Table> table;
+  std::optional<ModelTable> table;
   bool removesOnClose = true;
   std::size_t kept = 0;  // tables that stay on disk
 
@@ -366,9 +365,9 @@ struct Model {
   }
   void create() {
     letGo();
-    table = {.columns = pending, .rows = {}, .isWriting = true, .position = 0};
+    table = ModelTable{.columns = pending, .rows = {}, .isWriting = true, .position = 0};
   }
-  void attach(const Table& attached) {
+  void attach(const ModelTable& attached) {
     pending = attached.columns;
     table = attached;
     table->isWriting = false;
@@ -535,7 +534,7 @@ class RandomCalls {
   CursorHandle cursor_;
   ZvWorkTableCursor* source_;
   Model model_;
-  std::pair<std::string, Model::Table> detached_;  // the last one that was taken away
+  std::pair<std::string, ModelTable> detached_;  // the last one that was taken away
 };
 
 TEST_F(CursorTest, LeavesNothingBehindAfterAnySequenceOfCalls) {
@@ -581,8 +580,7 @@ TEST_F(CursorTest, ReadsAndWritesTexts) {
   EXPECT_TRUE(cursor->setWorkTable(open(dates).release()));
   EXPECT_EQ((Lines{"2024-02-29 13:45:10.250|1", "null|null"}), readAll(*cursor));
   TableHandle detached(cursor->workTable(true));
-  const std::unique_ptr<ZvWorkTableStringZVWFCursor, Releaser> exact(
-      zvwtCreateStringZVWFCursor(manager.get()));
+  const zvwt::ZvwfCursor exact(zvwtCreateStringZVWFCursor(manager.get()));
   EXPECT_TRUE(exact->setWorkTable(detached.release()));
   EXPECT_TRUE(exact->rewind());
   EXPECT_EQ((Lines{"2024-02-29T13:45:10.250|1", "null|null"}), readAll(*exact));

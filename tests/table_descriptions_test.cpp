@@ -8,7 +8,7 @@
 namespace {
 
 using Lines = std::vector<std::string>;
-using Statistics = std::unique_ptr<ZvbStringCursor, Releaser>;
+using zvwt::Statistics;
 
 class Descriptions : public TableTest {
  protected:

@@ -7,19 +7,12 @@
 #include <random>
 #include <string>
 
-#include "base/ZvURI.h"
-#include "base/ZvWorkTableURI.h"
+#include "ZvwtHandles.h"
 
 namespace {
 
-struct Releaser {
-  template <typename Object>
-  void operator()(Object* object) const {
-    object->release();
-  }
-};
-using ReadHandle = std::unique_ptr<ZvURI, Releaser>;
-using BuiltHandle = std::unique_ptr<ZvWorkTableURI, Releaser>;
+using ReadHandle = zvwt::Uri;
+using BuiltHandle = zvwt::TableUri;
 
 ReadHandle read(const std::string& text) { return ReadHandle(getURIFromURIString(text.c_str())); }
 

@@ -46,7 +46,8 @@ class ZVB_API ZvbDatavarCursor {
   ~ZvbDatavarCursor() = default;
 };
 
-/// Appending rows, one after another: newRow, setValue for each value, appendRow; endAppend at last.
+/// Appending rows, one after another: newRow, setValue for each value, appendRow; endAppend at
+/// last.
 class ZVB_API ZvbDatavarCursorAppender : public ZvbDatavarCursor {
  public:
   /// Begins a row of nulls.

@@ -5,23 +5,16 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <variant>
 #include <vector>
 
+#include "ZvwtHandles.h"
 #include "support/TemporaryDirectory.h"
-#include "zvwt.h"
 
-struct Releaser {
-  template <typename Object>
-  void operator()(Object* object) const {
-    object->release();
-  }
-};
-using ManagerHandle = std::unique_ptr<ZvWorkTableManager, Releaser>;
-using TableHandle = std::unique_ptr<ZvWorkTableFile, Releaser>;
+using ManagerHandle = zvwt::Manager;
+using TableHandle = zvwt::Table;
 
 struct Column {
   const char* name;

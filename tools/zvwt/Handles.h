@@ -1,25 +1,15 @@
-/// Owners for the library's objects, which are freed with release().
+/// Owners for the library's objects.
 #pragma once
 
-#include <memory>
 #include <string>
 
-#include "zvwt.h"
+#include "ZvwtHandles.h"
 
 namespace zvwttool {
 
-struct Release {
-  template <typename Object>
-  void operator()(Object* object) const noexcept {
-    object->release();
-  }
-};
-
-using ManagerHandle = std::unique_ptr<ZvWorkTableManager, Release>;
+using ManagerHandle = zvwt::Manager;
 /// To be gone before its manager.
-using TableHandle = std::unique_ptr<ZvWorkTableFile, Release>;
-
-using StringCursorHandle = std::unique_ptr<ZvbStringCursor, Release>;
+using TableHandle = zvwt::Table;
 
 /// A manager over a list of directories; null, with the reason in *error, on failure.
 [[nodiscard]] inline ManagerHandle openManager(const std::string& directories, std::string* error) {

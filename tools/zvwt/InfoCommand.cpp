@@ -85,7 +85,7 @@ bool printColumns(ZvWorkTableFile* table, OutputBuffer* output) {
 }
 
 ExitCode printStatistics(ZvWorkTableFile* table) {
-  const StringCursorHandle statistics(table->getStatistics());
+  const zvwt::Statistics statistics(table->getStatistics());
   if (statistics == nullptr) {
     return fail(table->getErrorMessage().asCstr());
   }

@@ -1,7 +1,6 @@
 #include "Source.h"
 
 #include <algorithm>
-#include <memory>
 #include <new>
 #include <string_view>
 
@@ -11,7 +10,7 @@
 namespace zvwttool {
 namespace {
 
-using ReadUri = std::unique_ptr<ZvURI, Release>;
+using ReadUri = zvwt::Uri;
 
 ReadUri readUri(const std::string& text) { return ReadUri(getURIFromURIString(text.c_str())); }
 
@@ -156,7 +155,7 @@ ZvbString Source::uri(const RowRange& rows) const {
 }
 
 ZvbString Source::build(ZvWorkTableURI* started) const {
-  const std::unique_ptr<ZvWorkTableURI, Release> uri(started);
+  const zvwt::TableUri uri(started);
   bool complete = uri != nullptr;
   for (std::size_t i = 0; i < columns_.size() && complete; ++i) {
     ZvbString unused;
