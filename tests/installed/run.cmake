@@ -1,5 +1,5 @@
-# Configures the project as a user does, without a preset, installs it, builds the program of this
-# folder against what was installed, and runs that and the installed tool.
+# Configures the project as a user does, without a preset, installs it, builds the project of this
+# folder, the examples, against what was installed, and runs them and the installed tool.
 #
 # SOURCE the project, WORK a folder of this test's own, COMPILER the C++ compiler, TOOL whether the
 # tool is built.
@@ -13,16 +13,16 @@ function(run)
   endif()
 endfunction()
 
-file(REMOVE_RECURSE ${WORK}/prefix ${WORK}/program)
+file(REMOVE_RECURSE ${WORK}/prefix ${WORK}/examples)
 set(settings -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_COMPILER=${COMPILER})
 run(${CMAKE_COMMAND} -S ${SOURCE} -B ${WORK}/build ${settings} -DZVWT_BUILD_TOOL=${TOOL})
 run(${CMAKE_COMMAND} --build ${WORK}/build)
 run(${CMAKE_COMMAND} --install ${WORK}/build --prefix ${WORK}/prefix)
-run(${CMAKE_COMMAND} -S ${SOURCE}/tests/installed -B ${WORK}/program ${settings}
-    -DCMAKE_PREFIX_PATH=${WORK}/prefix -DEXAMPLE=${SOURCE}/examples/first_table.cpp)
-run(${CMAKE_COMMAND} --build ${WORK}/program)
-run(${CMAKE_COMMAND} -DPROGRAM=${WORK}/program/program
-    -DEXPECTED=${SOURCE}/examples/first_table.expected -P ${SOURCE}/cmake/CompareOutput.cmake)
+run(${CMAKE_COMMAND} -S ${SOURCE}/tests/installed -B ${WORK}/examples ${settings}
+    -DCMAKE_PREFIX_PATH=${WORK}/prefix -DEXAMPLES=${SOURCE}/examples
+    -DCOMPARE=${SOURCE}/cmake/CompareOutput.cmake)
+run(${CMAKE_COMMAND} --build ${WORK}/examples)
+run(${CMAKE_CTEST_COMMAND} --test-dir ${WORK}/examples --output-on-failure --no-tests=error)
 if(TOOL)
   run(${WORK}/prefix/bin/zvwt --help)
 endif()
