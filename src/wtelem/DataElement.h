@@ -131,6 +131,8 @@ class DataElement {
   std::int64_t readOffset_ = 0;    // of the data file while reading
   std::int64_t dataSize_ = 0;      // where the next row written begins
   std::int64_t lastRowStart_ = 0;  // where the last row written begins
+  std::int64_t openedRows_ = 0;    // rows that were there when it was opened for writing
+  std::int64_t openedSize_ = 0;    // bytes of those rows
   bool fresh_ = true;              // the first entry of the index has yet to be stepped over
   bool positioned_ = false;        // placed at a row by its number
   bool torn_ = false;              // part of a failed row lies behind the last good one

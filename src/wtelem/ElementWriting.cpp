@@ -75,15 +75,18 @@ bool DataElement::cutToRows() noexcept {
   }
   resetPosition();
   dataSize_ = end;
+  openedRows_ = rowCount_;
+  openedSize_ = end;
   return true;
 }
 
 /// Drops what the disk has refused: both files then end behind the last row that they hold whole.
-/// The index tells where rows end, each where the next one begins.
+/// The index tells where rows end, each where the next one begins; rows that were there when the
+/// element was opened are whole in any case.
 bool DataElement::keepWholeRows() noexcept {
   std::int64_t dataBytes = 0;
   std::int64_t indexBytes = 0;
-  if (index_.handle == nullptr || !sizeOf(data_, &dataBytes) || !sizeOf(index_, &indexBytes)) {
+  if (!sizeOf(data_, &dataBytes) || (index_.handle != nullptr && !sizeOf(index_, &indexBytes))) {
     return false;
   }
   const std::int64_t entries = std::min(indexBytes / indexEntrySize, rowCount_);
@@ -98,11 +101,11 @@ bool DataElement::keepWholeRows() noexcept {
   return cutBackTo(rowCount_, dataSize_) == npFioSuccess || fail(WT_MESSAGE(shortWrite));
 }
 
-/// Counts no more rows than begin at one of the first `entries` index entries and have another one
-/// behind them that begins within `dataBytes`.
+/// Counts, beyond the rows that were there at the opening, those that begin at one of the first
+/// `entries` index entries and have another one behind them that begins within `dataBytes`.
 bool DataElement::countWholeRows(std::int64_t entries, std::int64_t dataBytes) noexcept {
-  rowCount_ = 0;
-  dataSize_ = 0;
+  rowCount_ = openedRows_;
+  dataSize_ = openedSize_;
   for (std::int64_t beyond = entries; beyond - rowCount_ > 1;) {
     const std::int64_t middle = rowCount_ + (beyond - rowCount_) / 2;
     std::int64_t start = 0;
