@@ -16,6 +16,6 @@ class ZVB_API ZvWorkTableStringCursor : public ZvbStringCursorCreater {
   [[nodiscard]] virtual bool setWorkTable(ZvWorkTableFile* table) = 0;
   virtual void setRemoveOnClose(bool remove) = 0;
 
-  /// As release().
-  virtual ~ZvWorkTableStringCursor() = default;
+ protected:
+  ~ZvWorkTableStringCursor() = default;
 };

@@ -13,5 +13,5 @@ class ZVB_API ZvWorkTableStringZVWFCursor : public ZvWorkTableStringCursor {
   [[nodiscard]] virtual ZvwfHandle* zvwfHandle() = 0;
 
   /// As release().
-  ~ZvWorkTableStringZVWFCursor() override = default;
+  virtual ~ZvWorkTableStringZVWFCursor() = default;
 };

@@ -11,7 +11,6 @@ class TextCursor : public Interface {
   explicit TextCursor(ZvWorkTableManager* manager) noexcept : engine_(manager) {}
   TextCursor(const TextCursor&) = delete;
   TextCursor& operator=(const TextCursor&) = delete;
-  ~TextCursor() override = default;
 
   bool isValid() noexcept override { return engine_.isValid(); }
   ZvbString columnName(int index) noexcept override { return engine_.columnName(index); }
@@ -20,7 +19,6 @@ class TextCursor : public Interface {
   ZvbString errorMessage() noexcept override { return engine_.errorMessage(); }
   bool rowCount(std::int64_t* count) noexcept override { return engine_.rowCount(count); }
   int next() noexcept override { return engine_.next(); }
-  void release() noexcept override { delete this; }
   bool rewind() noexcept override { return engine_.rewind(); }
   bool newRow() noexcept override { return engine_.newRow(); }
   void setValue(int index, const ZvbString& text) noexcept override {

@@ -9,6 +9,12 @@
 #include "base/zvb_cursor.h"
 #include "wtelem/messages.h"
 
+namespace {
+
+ZVWTFileImpl* asImpl(ZvWorkTableFile* table) noexcept { return static_cast<ZVWTFileImpl*>(table); }
+
+}  // namespace
+
 ZvWorkTableCursorImpl::~ZvWorkTableCursorImpl() { (void)close(); }
 
 // ---- What every operation may need
@@ -18,12 +24,17 @@ bool ZvWorkTableCursorImpl::fail(ZvbString text) noexcept {
   return false;
 }
 
-bool ZvWorkTableCursorImpl::failAs(ZvWorkTableFile& table) noexcept {
+bool ZvWorkTableCursorImpl::failAs(ZVWTFileImpl& table) noexcept {
   return fail(table.getErrorMessage());
 }
 
 bool ZvWorkTableCursorImpl::hasTable() noexcept {
   return table_ != nullptr || fail(WT_MESSAGE(cursorLacks, "work table"));
+}
+
+/// For questions to which "none" is an answer: it does not replace the reason of a failure.
+bool ZvWorkTableCursorImpl::queryTable() noexcept {
+  return table_ != nullptr || (errorMessage_.isEmpty() && hasTable());
 }
 
 bool ZvWorkTableCursorImpl::hasManager() noexcept {
@@ -54,6 +65,7 @@ bool ZvWorkTableCursorImpl::makeRow(RowValues* row) noexcept {
 void ZvWorkTableCursorImpl::discardRows() noexcept {
   appendRow_.reset();
   fetchRow_.reset();
+  valueLost_ = false;
 }
 
 // ---- Columns and rows
@@ -69,7 +81,7 @@ zvbType ZvWorkTableCursorImpl::columnType(int index) noexcept {
 }
 
 int ZvWorkTableCursorImpl::columnCount() noexcept {
-  return hasTable() ? table_->getColumnCount() : 0;
+  return queryTable() ? table_->getColumnCount() : 0;
 }
 
 ZvbDatavar ZvWorkTableCursorImpl::value(int index) noexcept {
@@ -87,8 +99,9 @@ bool ZvWorkTableCursorImpl::rowCount(std::int64_t* count) noexcept {
 }
 
 int ZvWorkTableCursorImpl::next() noexcept {
-  const bool canRead =
-      hasTable() && (!isWriting_ || fail(WT_MESSAGE(notOpenForReading))) && makeRow(&fetchRow_);
+  const bool canRead = hasTable() &&
+                       (table_->isBeingRead() || fail(WT_MESSAGE(notOpenForReading))) &&
+                       makeRow(&fetchRow_);
   if (!canRead) {
     return zvbCursorFailed;
   }
@@ -109,17 +122,24 @@ bool ZvWorkTableCursorImpl::newRow() noexcept {
   }
   std::for_each_n(appendRow_.get(), table_->getColumnCount(),
                   [](ZvbDatavar& value) { value.setNull(); });
+  valueLost_ = false;
   return true;
 }
 
 void ZvWorkTableCursorImpl::setValue(int index, const ZvbDatavar& value) noexcept {
-  if (hasColumn(index) && makeRow(&appendRow_)) {
+  if (!hasColumn(index)) {
+    return;
+  }
+  if (makeRow(&appendRow_)) {
     appendRow_[static_cast<std::size_t>(index)] = value;
+  } else {
+    valueLost_ = true;
   }
 }
 
 bool ZvWorkTableCursorImpl::appendRow() noexcept {
-  return hasTable() && makeRow(&appendRow_) &&
+  return hasTable() && (table_->isBeingWritten() || fail(WT_MESSAGE(notOpenForWriting))) &&
+         (!valueLost_ || fail(WT_MESSAGE(noMemoryForRow))) && makeRow(&appendRow_) &&
          (table_->writeRow(appendRow_.get()) || failAs(*table_));
 }
 
@@ -141,7 +161,7 @@ bool ZvWorkTableCursorImpl::create() noexcept {
     return false;
   }
   const int count = static_cast<int>(columns_.size());
-  Table made(manager_->createTable(count, 0, &errorMessage_));
+  Table made(asImpl(manager_->createTable(count, 0, &errorMessage_)));
   for (int i = 0; i < count && made != nullptr; ++i) {
     const Column& column = columns_[static_cast<std::size_t>(i)];
     if (!made->defineColumn(i, column.name, column.type, 0)) {
@@ -153,7 +173,6 @@ bool ZvWorkTableCursorImpl::create() noexcept {
   }
   (void)letGoOfTable();
   table_ = std::move(made);
-  isWriting_ = true;
   return true;
 }
 
@@ -170,11 +189,10 @@ bool ZvWorkTableCursorImpl::canCopy(bool hasSource, bool isItself) noexcept {
 // ---- Attaching and letting go
 
 ZvWorkTableFile* ZvWorkTableCursorImpl::workTable(bool detach) noexcept {
-  if (!hasTable() || !detach) {
+  if (!queryTable() || !detach) {
     return table_.get();
   }
   discardRows();
-  isWriting_ = false;
   return table_.release();
 }
 
@@ -182,8 +200,9 @@ bool ZvWorkTableCursorImpl::setWorkTable(ZvWorkTableFile* table) noexcept {
   discardRows();
   forgetColumns();
   if (table != table_.get()) {
-    (void)letGoOfTable();
-    table_.reset(table);
+    // Another opening of the table attached before, or of the one that was lost, keeps its files.
+    (void)letGoOfTable(table != nullptr ? table->getName() : ZvbString());
+    table_.reset(asImpl(table));
   }
   return table_ == nullptr || takeColumns();
 }
@@ -207,8 +226,8 @@ bool ZvWorkTableCursorImpl::rewind() noexcept {
     return false;
   }
   discardRows();
-  isWriting_ = false;
-  if (!table_->close()) {
+  // A created table that has failed does not outlive its release: its failure is the reason.
+  if (!table_->close() || table_->isRemovedOnRelease()) {
     (void)failAs(*table_);
     table_.reset();
     return false;
@@ -217,14 +236,11 @@ bool ZvWorkTableCursorImpl::rewind() noexcept {
   if (uri.isEmpty()) {
     return fail(WT_MESSAGE(outOfMemory, "(work table URI)"));
   }
-  // A table that has failed is removed when it is released: that failure is why it cannot be
-  // opened.
-  ZvbString earlierFailure = table_->getErrorMessage();
   lostName_ = table_->getName();
   table_.reset();
-  table_.reset(manager_->openTable(uri, false, &errorMessage_));
+  table_.reset(asImpl(manager_->openTable(uri, false, &errorMessage_)));
   if (table_ == nullptr) {
-    return earlierFailure.isEmpty() ? false : fail(std::move(earlierFailure));
+    return false;
   }
   lostName_.setNull();
   return true;
@@ -240,23 +256,19 @@ void ZvWorkTableCursorImpl::forgetColumns() noexcept {
   columnLost_ = false;
 }
 
-/// Releases the table and, unless it is to be kept, deletes it. A table that has failed may have
-/// been removed by its release.
-bool ZvWorkTableCursorImpl::letGoOfTable() noexcept {
+/// Releases the table and, unless it is to be kept or is the one that is spared, deletes it.
+bool ZvWorkTableCursorImpl::letGoOfTable(const ZvbString& spared) noexcept {
   discardRows();
-  isWriting_ = false;
   ZvbString name = std::exchange(lostName_, ZvbString());
-  bool mayBeGone = !name.isEmpty();
+  bool isGone = false;
   if (table_ != nullptr) {
     name = table_->getName();
-    mayBeGone = !table_->close() || !table_->getErrorMessage().isEmpty();
+    isGone = !table_->close() || table_->isRemovedOnRelease();
     table_.reset();
   }
-  if (!removeOnClose_ || manager_ == nullptr || name.isEmpty()) {
-    return true;
-  }
+  const bool isKept = !removeOnClose_ || manager_ == nullptr || name.compare(spared, true) == 0;
   ZvbString reason;
-  if (manager_->deleteTable(name, &reason) || mayBeGone) {
+  if (isGone || isKept || name.isEmpty() || manager_->deleteTable(name, &reason)) {
     return true;
   }
   zvbAssertFailure(reason.asCstr(), "wtcursor_impl", __LINE__);

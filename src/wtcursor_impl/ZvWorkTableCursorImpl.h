@@ -12,6 +12,7 @@
 #include "base/ZvbArray.h"
 #include "base/ZvbDatavar.h"
 #include "base/ZvbString.h"
+#include "wtfile/ZVWTFileImpl.h"
 
 class ZvWorkTableCursorImpl final : public ZvWorkTableCursor {
  public:
@@ -51,9 +52,11 @@ class ZvWorkTableCursorImpl final : public ZvWorkTableCursor {
 
  private:
   struct ReleaseTable {
-    void operator()(ZvWorkTableFile* table) const noexcept { table->release(); }
+    void operator()(ZVWTFileImpl* table) const noexcept { table->release(); }
   };
-  using Table = std::unique_ptr<ZvWorkTableFile, ReleaseTable>;
+  /// What the interface cannot tell, whether rows are being read or written, the cursor asks of the
+  /// object behind it.
+  using Table = std::unique_ptr<ZVWTFileImpl, ReleaseTable>;
   using RowValues = std::unique_ptr<ZvbDatavar[]>;
 
   struct Column {
@@ -62,8 +65,9 @@ class ZvWorkTableCursorImpl final : public ZvWorkTableCursor {
   };
 
   bool fail(ZvbString text) noexcept;
-  bool failAs(ZvWorkTableFile& table) noexcept;
+  bool failAs(ZVWTFileImpl& table) noexcept;
   bool hasTable() noexcept;
+  bool queryTable() noexcept;
   bool hasColumn(int index) noexcept;
   bool hasManager() noexcept;
   bool canCopy(bool hasSource, bool isItself) noexcept;
@@ -71,7 +75,7 @@ class ZvWorkTableCursorImpl final : public ZvWorkTableCursor {
   bool takeColumns() noexcept;
   bool makeRow(RowValues* row) noexcept;
   bool close() noexcept;
-  bool letGoOfTable() noexcept;
+  bool letGoOfTable(const ZvbString& spared = {}) noexcept;
   void discardRows() noexcept;
   void forgetColumns() noexcept;
 
@@ -79,10 +83,10 @@ class ZvWorkTableCursorImpl final : public ZvWorkTableCursor {
   ZvWorkTableManager* manager_;
   Table table_;
   ZvbString lostName_;  // of a table that rewind could not open again
-  bool isWriting_ = false;
   bool removeOnClose_ = true;
   ZvbArray<Column> columns_;  // of the table to be created
   bool columnLost_ = false;   // memory was short for one of them
   RowValues appendRow_;       // one value for each column of the table; made when needed
+  bool valueLost_ = false;    // memory was short for one that was set
   RowValues fetchRow_;        // likewise
 };

@@ -7,6 +7,9 @@
 class ZvWorkTableStringCursorImpl final : public TextCursor<ZvWorkTableStringCursor> {
  public:
   using TextCursor::TextCursor;
+  virtual ~ZvWorkTableStringCursorImpl() = default;
+
+  void release() noexcept override { delete this; }
 
   ZvbString value(int index) noexcept override {
     const ZvbDatavar value = engine().value(index);

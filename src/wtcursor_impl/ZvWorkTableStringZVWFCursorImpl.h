@@ -8,6 +8,7 @@ class ZvWorkTableStringZVWFCursorImpl final : public TextCursor<ZvWorkTableStrin
  public:
   explicit ZvWorkTableStringZVWFCursorImpl(ZvWorkTableManager* manager) noexcept;
 
+  void release() noexcept override { delete this; }
   ZvwfHandle* zvwfHandle() noexcept override { return &handle_; }
 
   /// Keeps a text for a caller in C until the next one.

@@ -46,23 +46,22 @@ constexpr const char* columnsHead = "</value></constructor-arg><constructor-arg 
 constexpr const char* rowsHead = "</list></constructor-arg><constructor-arg index='2'><list>";
 constexpr const char* documentTail = "</list></constructor-arg></bean></beans>";
 
-/// Appends to the document and remembers when memory was short.
+/// Appends to the document until memory is short.
 class Document {
  public:
   explicit Document(ZvbString* text) noexcept : text_(text) {}
 
-  void add(const char* piece) noexcept {
-    bool failed = false;
-    text_->append(piece, &failed);
-    failed_ = failed_ || failed;
+  template <typename Text>
+  void add(const Text& text) noexcept {
+    if (!failed_) {
+      text_->append(text, &failed_);
+    }
   }
 
   /// The text between value tags, as it is or with the characters that end or open tags escaped.
   void addValue(const ZvbString& text) noexcept {
     add("<value>");
-    bool failed = false;
-    text_->append(text, &failed);
-    failed_ = failed_ || failed;
+    add(text);
     add("</value>");
   }
   void addEscapedValue(const ZvbString& text) noexcept {

@@ -83,6 +83,11 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   /// Closes, then deletes the elements' files and the catalogue.
   [[nodiscard]] bool removeFiles() noexcept;
 
+  [[nodiscard]] bool isBeingWritten() const noexcept { return mode_ == Mode::writing; }
+  [[nodiscard]] bool isBeingRead() const noexcept { return mode_ == Mode::reading; }
+  /// True for a table created by this object that has seen a failure.
+  [[nodiscard]] bool isRemovedOnRelease() const noexcept { return createdHere_ && failed_; }
+
   /// The sizes of the table's files.
   [[nodiscard]] bool measure(TableSizes* sizes) noexcept;
   [[nodiscard]] int elementCount() const noexcept { return elementCount_; }
