@@ -102,11 +102,11 @@ int np_fio_close(np_fio_handle file) noexcept;
 /// Cuts the file at the current position.
 [[nodiscard]] int np_fio_trunc(np_fio_handle file) noexcept;
 
-/// Describes a file by its path, and a link itself rather than what it leads to.
 /// Cuts the file at `size` bytes and stands there. What is buffered behind it is dropped and never
 /// written, even when a flush has failed: this takes back what was written last on a full disk.
 [[nodiscard]] int np_fio_cut(np_fio_handle file, std::int64_t size) noexcept;
 
+/// Describes a file by its path, and a link itself rather than what it leads to.
 [[nodiscard]] int np_fio_stat64(const char* path, np_fio_stat* info) noexcept;
 [[nodiscard]] int np_fio_unlink(const char* path) noexcept;
 
