@@ -1,7 +1,6 @@
 #include "wtcursor_impl/ZvWorkTableCursorImpl.h"
 
 #include <algorithm>
-#include <limits>
 #include <new>
 #include <utility>
 

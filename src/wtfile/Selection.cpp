@@ -206,32 +206,40 @@ bool Selection::selectURIColumn(int position, const ZvURI& uri, ZvbString* error
   return !renamed || rename(selected, name, error);
 }
 
-bool Selection::rename(Entry& entry, const ZvbString& name, ZvbString* error) noexcept {
+/// Gives the entry a record of its own under which the reader sees it.
+bool Selection::makeOwn(Entry& entry, const ZvbString& name, const char* what,
+                        ZvbString* error) noexcept {
   entry.own.reset(new (std::nothrow) ColumnDefinition);
-  if (entry.own == nullptr) {
-    return memoryIsShort("(renamed column mapping)", error);
+  if (entry.own != nullptr) {
+    entry.own->name = name;
   }
-  entry.own->name = name;
+  if (entry.own == nullptr || entry.own->name.memoryShort()) {
+    return memoryIsShort(what, error);
+  }
+  entry.shown = entry.own.get();
+  return true;
+}
+
+bool Selection::rename(Entry& entry, const ZvbString& name, ZvbString* error) noexcept {
+  if (!makeOwn(entry, name, "(renamed column mapping)", error)) {
+    return false;
+  }
   entry.own->type = entry.source->type;
   entry.own->storageCode = entry.source->storageCode;
   entry.own->width = entry.source->width;
   entry.own->maxLength = entry.source->maxLength;
-  entry.shown = entry.own.get();
-  return !entry.own->name.memoryShort() || memoryIsShort("(renamed column mapping)", error);
+  return true;
 }
 
 bool Selection::makeConstant(Entry& entry, const ZvbString& name, zvbType type,
                              ZvbString* error) noexcept {
-  entry.own.reset(new (std::nothrow) ColumnDefinition);
-  if (entry.own == nullptr) {
-    return memoryIsShort("(selected column mapping)", error);
+  if (!makeOwn(entry, name, "(selected column mapping)", error)) {
+    return false;
   }
-  entry.own->name = name;
   entry.own->storageCode = storageCodeOf(type);
   entry.own->type = typeOf(entry.own->storageCode);
-  entry.shown = entry.own.get();
   ++constantCount_;
-  return !entry.own->name.memoryShort() || memoryIsShort("(selected column mapping)", error);
+  return true;
 }
 
 /// A text that cannot be converted to the constant's type makes it a null.

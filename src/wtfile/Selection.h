@@ -73,6 +73,8 @@ class Selection {
   bool selectName(int position, const ZvbString& name, ZvbString* error) noexcept;
   bool selectNumber(int position, int number, ZvbString* error) noexcept;
   bool selectURIColumn(int position, const ZvURI& uri, ZvbString* error) noexcept;
+  static bool makeOwn(Entry& entry, const ZvbString& name, const char* what,
+                      ZvbString* error) noexcept;
   static bool rename(Entry& entry, const ZvbString& name, ZvbString* error) noexcept;
   bool makeConstant(Entry& entry, const ZvbString& name, zvbType type, ZvbString* error) noexcept;
   static bool giveValue(Entry& entry, const ZvbString& text, ZvbString* error) noexcept;

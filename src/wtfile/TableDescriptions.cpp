@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <span>
 #include <string_view>
 
 #include "wtelem/messages.h"
@@ -51,6 +52,27 @@ class Document {
  public:
   explicit Document(ZvbString* text) noexcept : text_(text) {}
 
+  void addHead(const ZvbString& tableName, std::span<const ColumnDefinition> columns) noexcept {
+    add(documentHead);
+    add(tableName);
+    add(columnsHead);
+    for (const ColumnDefinition& column : columns) {
+      addValue(column.name);
+    }
+    add(rowsHead);
+  }
+  void addRow(std::span<const ZvbDatavar> values) noexcept {
+    add("<list>");
+    for (const ZvbDatavar& value : values) {
+      addEscapedValue(value.asString());
+    }
+    add("</list>");
+  }
+  void addTail() noexcept { add(documentTail); }
+
+  [[nodiscard]] bool failed() const noexcept { return failed_; }
+
+ private:
   template <typename Text>
   void add(const Text& text) noexcept {
     if (!failed_) {
@@ -72,9 +94,6 @@ class Document {
                            .replace("<", "&lt;", 0, -1));
   }
 
-  [[nodiscard]] bool failed() const noexcept { return failed_; }
-
- private:
   ZvbString* text_;
   bool failed_ = false;
 };
@@ -97,27 +116,18 @@ bool ZVWTFileImpl::asXml(int firstRow, int maxRows, ZvbString* out, bool* endOfT
   if (values == nullptr) {
     return fail(WT_MESSAGE(outOfMemory, "(column value array)"));
   }
+  const auto columnCount = static_cast<std::size_t>(state_.columnCount);
   Document document(out);
-  document.add(documentHead);
-  document.add(name_.asCstr());
-  document.add(columnsHead);
-  for (int i = 0; i < state_.columnCount; ++i) {
-    document.addValue(state_.columns[static_cast<std::size_t>(i)].name);
-  }
-  document.add(rowsHead);
+  document.addHead(name_, {state_.columns.get(), columnCount});
   bool ended = false;
   bool& end = endOfTable != nullptr ? *endOfTable : ended;
   int row = 0;
   for (; row < maxRows && !document.failed() && readRow(values.get(), &end); ++row) {
-    document.add("<list>");
-    for (int i = 0; i < state_.columnCount; ++i) {
-      document.addEscapedValue(values[static_cast<std::size_t>(i)].asString());
-    }
-    document.add("</list>");
+    document.addRow({values.get(), columnCount});
   }
   const bool rowsMissing = endOfTable == nullptr && row < maxRows;
   if (!rowsMissing) {
-    document.add(documentTail);
+    document.addTail();
   }
   return (!rowsMissing && !document.failed()) || fail(WT_MESSAGE(outOfMemory, "(table as XML)"));
 }
