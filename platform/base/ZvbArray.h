@@ -22,6 +22,12 @@ class ZvbArray {
     return true;
   }
 
+  /// Drops the entries from number `size` on.
+  void truncate(std::size_t size) noexcept {
+    while (size_ > size) {
+      entries_[--size_] = Entry();
+    }
+  }
   void clear() noexcept {
     entries_.reset();
     size_ = 0;

@@ -14,6 +14,11 @@
 
 namespace {
 
+/// How the bytes of toOrderedBytes begin.
+constexpr unsigned char orderedNegative = 0;
+constexpr unsigned char orderedZero = 1;
+constexpr unsigned char orderedPositive = 2;
+
 /// Digits that every 64-bit word holds.
 constexpr int wordDigits = 19;
 /// The plain notation of a number takes at most this many digits, zeros beside the coefficient
@@ -319,4 +324,34 @@ int ZvbReal::compare(const ZvbReal& other) const noexcept {
   const std::strong_ordering sizes = compareSizes(
       {words_[2], words_[1]}, exponent(), {other.words_[2], other.words_[1]}, other.exponent());
   return std::is_eq(sizes) ? 0 : std::is_gt(sizes) == (order > 0) ? 1 : -1;
+}
+
+/// A byte for the sign, then of a number that is not 0 the place of its first digit (5 bytes) and
+/// its coefficient with 38 digits (16 bytes), both with the highest byte first and, below 0, all
+/// bits turned around.
+std::size_t ZvbReal::toOrderedBytes(unsigned char* bytes) const noexcept {
+  if (isZero()) {
+    bytes[0] = orderedZero;
+    return 1;
+  }
+  const ZvbWide coefficient = {words_[2], words_[1]};
+  const int digits = countDigits(coefficient);
+  const ZvbWide scaled = scaleUp(coefficient, maximumDigits - digits);
+  constexpr std::int64_t bias = std::int64_t{1} << 39;
+  const auto place = static_cast<std::uint64_t>(bias + exponent() + digits);
+  bytes[0] = isNegative() ? orderedNegative : orderedPositive;
+  const unsigned char flip = isNegative() ? 0xFF : 0;
+  const auto put = [flip](unsigned char* to, std::uint64_t word, int size) {
+    for (int i = 0; i < size; ++i) {
+      to[i] = static_cast<unsigned char>((word >> (8 * (size - 1 - i))) ^ flip);
+    }
+  };
+  put(bytes + 1, place, 5);
+  put(bytes + 6, scaled.high, 8);
+  put(bytes + 14, scaled.low, 8);
+  return orderedSize;
+}
+
+std::size_t ZvbReal::orderedSizeOf(unsigned char first) noexcept {
+  return first == orderedZero ? 1 : orderedSize;
 }

@@ -25,6 +25,7 @@ class ZVB_API ZvbReal {
   static constexpr unsigned packedSize = 24;  ///< bytes
   /// Room in bytes for the text of any number, terminator included.
   static constexpr std::size_t textCapacity = 96;
+  static constexpr std::size_t orderedSize = 22;  ///< bytes, at most
 
   /// A null number.
   ZvbReal() noexcept = default;
@@ -63,6 +64,13 @@ class ZVB_API ZvbReal {
   /// with an exponent, such as "1.5e-60", when the plain form takes more than 40 places. Returns
   /// the number of bytes, fewer than textCapacity; 0 for null.
   std::size_t toText(char (&text)[textCapacity]) const noexcept;
+
+  /// Writes bytes whose order, byte by byte, is that of the numbers, whatever their scale; equal
+  /// numbers have equal bytes, and none are the start of another's. Returns their number, at most
+  /// orderedSize; not for null.
+  std::size_t toOrderedBytes(unsigned char* bytes) const noexcept;
+  /// The number of such bytes by the first of them.
+  [[nodiscard]] static std::size_t orderedSizeOf(unsigned char first) noexcept;
 
   /// Below 0, 0 or above 0 in the order of the numbers, whatever their scale; null comes first.
   [[nodiscard]] int compare(const ZvbReal& other) const noexcept;

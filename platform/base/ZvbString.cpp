@@ -219,6 +219,28 @@ unsigned ZvbString::length() const noexcept {
   return static_cast<unsigned>(zvbWalk(asView(), noLimit).characters);
 }
 
+std::size_t zvbFoldText(std::string_view text, char* folded) noexcept {
+  char* next = folded;
+  while (!text.empty()) {
+    const ZvbCharacter character = zvbDecode(text);
+    const char32_t code = zvbFold(character.code);
+    if (code < 0x80) {
+      *next++ = static_cast<char>(code);
+    } else if (code < zvbFoldEnd) {
+      *next++ = static_cast<char>(0xC0U | (code >> 6U));
+      *next++ = static_cast<char>(0x80U | (code & 0x3FU));
+    } else if (code < zvbInvalidByte) {
+      std::memcpy(next, text.data(), character.size);
+      next += character.size;
+    } else {  // sorts above all characters, none of which begins with this byte
+      *next++ = '\xFF';
+      *next++ = text[0];
+    }
+    text.remove_prefix(character.size);
+  }
+  return static_cast<std::size_t>(next - folded);
+}
+
 std::size_t zvbCutAtCharacter(const char* text, std::size_t size, std::size_t limit) noexcept {
   return limit >= size ? size : zvbCharacterStart({text, size}, limit);
 }

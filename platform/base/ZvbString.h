@@ -90,6 +90,11 @@ class ZVB_API ZvbString {
 [[nodiscard]] ZVB_API std::size_t zvbCutAtCharacter(const char* text, std::size_t size,
                                                     std::size_t limit) noexcept;
 
+/// Writes bytes whose order, byte by byte, is that of ZvbString::compare without case: equal for
+/// texts that differ only in case. `folded` has room for twice the text; returns the number of
+/// bytes written. A text without zero bytes gives none.
+[[nodiscard]] ZVB_API std::size_t zvbFoldText(std::string_view text, char* folded) noexcept;
+
 /// printf-style formatting; an unusable format gives a null string.
 [[nodiscard]] ZVB_API ZvbString zvbStringFormat(const char* format, ...) noexcept
 #if defined(__GNUC__)

@@ -53,6 +53,14 @@ class ZvbText {
   [[nodiscard]] const char* data() const noexcept {
     return size_ <= inlineCapacity ? inline_ : heap_;
   }
+  /// Copies the text to room for it and for inlineCapacity + 1 bytes at least.
+  void copyTo(char* room) const noexcept {
+    if (size_ <= inlineCapacity) [[likely]] {
+      std::memcpy(room, inline_, sizeof inline_);
+    } else {
+      std::memcpy(room, heap_, size_);
+    }
+  }
   /// In bytes, without the terminator.
   [[nodiscard]] std::uint32_t size() const noexcept { return size_; }
   [[nodiscard]] std::string_view view() const noexcept { return {data(), size_}; }

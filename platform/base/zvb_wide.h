@@ -1,5 +1,6 @@
-/// Unsigned arithmetic on 128 bits, as far as decimals need it; the one place to serve a compiler
-/// that has no such type. Internal to the base library; may be called from any thread.
+/// Unsigned arithmetic on 128 bits, as far as decimals and sorting need it; the one place to serve
+/// a compiler that has no such type. Internal to the platform libraries; may be called from any
+/// thread.
 #pragma once
 
 #include <compare>

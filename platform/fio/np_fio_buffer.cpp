@@ -21,7 +21,6 @@
 #include <new>
 #include <utility>
 
-#include "base/zvb_random.h"
 #include "fio/np_fio_system.h"
 
 namespace {
@@ -316,51 +315,6 @@ void handOver(NewFile made, bool isWritable, np_fio_handle* file) noexcept {
   *file = made.release();
 }
 
-constexpr std::size_t randomCharacters = 16;
-
-/// Adds random lower-case letters and digits and a terminator. Eight characters take 41 of a word's
-/// 64 bits, so each is as likely as the others for all that matters.
-bool appendRandomName(char* end) noexcept {
-  static constexpr char alphabet[] = "abcdefghijklmnopqrstuvwxyz0123456789";
-  constexpr std::uint64_t letters = sizeof alphabet - 1;
-  constexpr std::size_t perWord = 8;
-  std::array<std::uint64_t, randomCharacters / perWord> words{};
-  if (!zvbRandomBytes(words.data(), sizeof words)) {
-    return false;
-  }
-  for (std::uint64_t word : words) {
-    for (std::size_t index = 0; index < perWord; ++index) {
-      *end++ = alphabet[word % letters];
-      word /= letters;
-    }
-  }
-  *end = '\0';
-  return true;
-}
-
-/// Makes a file under a name that nobody has yet; a name that exists is answered with another.
-int createUnderRandomName(const char* directory, const char* prefix, char* path, int pathSize,
-                          fioSystem::File* file) noexcept {
-  constexpr int attempts = 16;
-  std::array<char, npFioPathSize> name;
-  const std::size_t prefixLength = std::strlen(prefix);
-  if (prefixLength + randomCharacters >= name.size()) {
-    return npFioPathTooLong;
-  }
-  std::memcpy(name.data(), prefix, prefixLength);
-  int status = npFioExists;
-  for (int attempt = 0; attempt < attempts && status == npFioExists; ++attempt) {
-    if (!appendRandomName(name.data() + prefixLength)) {
-      return npFioInputOutput;
-    }
-    status = np_fio_pcat(directory, name.data(), path, pathSize);
-    if (status == npFioSuccess) {
-      status = fioSystem::create(path, file);
-    }
-  }
-  return status;
-}
-
 }  // namespace
 
 int np_fio_tmpfile(const char* directory, const char* prefix, char* path, int pathSize,
@@ -376,7 +330,8 @@ int np_fio_tmpfile(const char* directory, const char* prefix, char* path, int pa
   if (made == nullptr) {
     return npFioNoMemory;
   }
-  const int status = createUnderRandomName(directory, prefix, path, pathSize, &made->system);
+  const int status =
+      fioSystem::createUnderRandomName(directory, prefix, path, pathSize, &made->system);
   if (status == npFioSuccess) {
     handOver(std::move(made), true, file);
   }

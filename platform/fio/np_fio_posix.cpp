@@ -21,6 +21,8 @@ const char* const separators = "/";
 
 namespace {
 
+constexpr const char* workPrefix = "zvwork_";
+
 static_assert(sizeof(off_t) == sizeof(std::int64_t), "file offsets need 64 bits");
 
 int statusOf(int code) noexcept {
@@ -147,6 +149,28 @@ int create(const char* path, File* file) noexcept {
     ::unlink(path);
   }
   return status;
+}
+
+int createUnseen(const char* directory, File* file) noexcept {
+#ifdef O_TMPFILE
+  const char* path = directory[0] == '\0' ? "." : directory;
+  const int opened = repeatInterrupted(
+      [&] { return ::open(path, O_RDWR | O_TMPFILE | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR); });
+  if (opened >= 0) {
+    *file = opened;
+    return npFioSuccess;
+  }
+#endif
+  // Not every file system can do that. In between, the file has a name for a moment.
+  char name[npFioPathSize];
+  File made = 0;
+  const int status = createUnderRandomName(directory, workPrefix, name, sizeof name, &made);
+  if (status != npFioSuccess) {
+    return status;
+  }
+  ::unlink(name);
+  *file = made;
+  return npFioSuccess;
 }
 
 int close(File file) noexcept {

@@ -1,8 +1,8 @@
 /// Making and finding files in a list of directories.
 #pragma once
 
+#include "fio/TempDirectories.h"
 #include "fio/np_fio.h"
-#include "wtelem/TempDirectories.h"
 
 /// How far a search goes that begins at some directory of the list.
 enum class SearchOrder {

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <memory>
 
+#include "fio/TempDirectories.h"
 #include "wtelem/ColumnDefinition.h"
 #include "wtelem/StringReadBuffer.h"
-#include "wtelem/TempDirectories.h"
 
 struct TableState {
   const TempDirectories& directories;

@@ -14,10 +14,10 @@
 #include "ZvWorkTableFile.h"
 #include "base/ZvbDatavar.h"
 #include "base/ZvbString.h"
+#include "fio/TempDirectories.h"
 #include "fio/np_fio.h"
 #include "wtelem/DataElement.h"
 #include "wtelem/TableState.h"
-#include "wtelem/TempDirectories.h"
 #include "wtfile/Selection.h"
 
 /// What a table uses, in bytes and files.

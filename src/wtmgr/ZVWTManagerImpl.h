@@ -8,8 +8,8 @@
 
 #include "ZvWorkTableManager.h"
 #include "base/ZvbString.h"
+#include "fio/TempDirectories.h"
 #include "lock/zv_lock.h"
-#include "wtelem/TempDirectories.h"
 #include "wtfile/ZVWTFileImpl.h"
 #include "wtmgr/KeyRegistry.h"
 #include "zvwt.h"

@@ -1,5 +1,5 @@
-/// The directories in which a manager's tables live. Does not change once it is filled, and may
-/// then be read from any thread.
+/// The directories of a list, in order: those in which a manager's files live. Does not change once
+/// it is filled, and may then be read from any thread.
 #pragma once
 
 #include <memory>

@@ -1,4 +1,4 @@
-#include "wtelem/TempDirectories.h"
+#include "fio/TempDirectories.h"
 
 #include <new>
 #include <string_view>
