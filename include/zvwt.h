@@ -16,6 +16,7 @@
 #include "ZvWorkTableStringZVWFCursor.h"
 #include "base/ZvbString.h"
 #include "base/zvb_export.h"
+#include "datafile/ZvDatafileSortProgress.h"
 
 /// Makes a manager.
 ///
@@ -51,3 +52,12 @@ struct ZvwtTableSizes {
 /// May be called from any thread.
 extern "C" ZVB_API bool zvwtGetTableSizes(ZvWorkTableManager* manager, const ZvbString& tableName,
                                           ZvwtTableSizes* sizes, ZvbString* error);
+
+/// Has the sorts of a manager's tables report to `callback`, with `context` handed through; null:
+/// to nobody. Counts for tables whose first row is written after it. The callback runs on the
+/// thread that writes or closes the table; when it returns false the sort is cancelled: writeRow or
+/// close fails and says so, and close removes the table. False with the reason in *error when
+/// memory is short. May be called from any thread.
+extern "C" ZVB_API bool zvwtSetSortProgress(ZvWorkTableManager* manager,
+                                            ZvDatafileSortCallback callback, void* context,
+                                            ZvbString* error);

@@ -47,7 +47,7 @@ class TableCatalogue : public TableTest {
   ZvbString append(const std::string& name, const std::vector<Row>& rows) {
     TempDirectories directories;
     EXPECT_TRUE(directories.split(directory.path().c_str(), np_dir_listsep));
-    ZVWTFileImpl table(directories);
+    ZVWTFileImpl table(directories, nullptr);
     if (!table.open(name.c_str(), false, nullptr, false)) {
       return table.getErrorMessage();
     }
@@ -340,7 +340,7 @@ TEST_F(TableCatalogue, HasOneAppenderAtATime) {
   const std::string name = makeSample();
   TempDirectories directories;
   ASSERT_TRUE(directories.split(directory.path().c_str(), np_dir_listsep));
-  ZVWTFileImpl first(directories);
+  ZVWTFileImpl first(directories, nullptr);
   ASSERT_TRUE(first.open(name.c_str(), false, nullptr, false));
   EXPECT_EQ(1353, messageId(append(name, moreRows)));
   EXPECT_EQ(sampleRows, readTable(name));

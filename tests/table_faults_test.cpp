@@ -55,7 +55,7 @@ TEST_F(TableFaults, ARowRefusedByAFullDiskLeavesTheTableAsItWas) {
 TEST_F(TableFaults, AnAppendRefusedByAFullDiskKeepsTheRowsThatWereThere) {
   const std::string name = makeFull();
   const SizeLimit limit(210000);
-  ZVWTFileImpl table(directories);
+  ZVWTFileImpl table(directories, nullptr);
   ASSERT_TRUE(table.open(name.c_str(), false, nullptr, false));
   EXPECT_FALSE(write(table, text(300000)));
   EXPECT_TRUE(table.close()) << table.getErrorMessage().asCstr();
@@ -104,7 +104,7 @@ TEST_F(TableFaults, AnAppendWhoseIndexIsRefusedKeepsTheRowsThatWereThere) {
 
 TEST_F(TableFaults, AFullElementThatCannotBeClosedTakesItsLastRowBack) {
   const std::string name = makeFull(300000);
-  ZVWTFileImpl table(directories);
+  ZVWTFileImpl table(directories, nullptr);
   ASSERT_TRUE(table.open(name.c_str(), false, nullptr, false));
   std::vector<std::size_t> expected(20, 10000);
   {
@@ -128,7 +128,7 @@ TEST_F(TableFaults, AFullElementThatCannotBeClosedTakesItsLastRowBack) {
 TEST_F(TableFaults, ACloseThatFailsTellsTheCauseAndRemovesTheTable) {
   const SizeLimit limit(3000);
   for (const bool reopen : {false, true}) {
-    ZVWTFileImpl table(directories);
+    ZVWTFileImpl table(directories, nullptr);
     ASSERT_TRUE(table.create(1, 0, 0));
     ASSERT_TRUE(table.defineColumn(0, "s", zvbTypeString, 0));
     EXPECT_TRUE(write(table, text(5000)));

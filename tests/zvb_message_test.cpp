@@ -44,34 +44,42 @@ TEST(Messages, UseEachArgumentOfTheirKinds) {
   }
 }
 
-/// A message is in use when its name in src/wtelem/messages.h appears in a WT_MESSAGE of src/.
-TEST(Messages, AreAllInUse) {
-  const std::filesystem::path source = std::filesystem::path(ZVWT_SOURCE_DIR) / "src";
+/// The messages named in a header that are raised somewhere under `folder` by its macro.
+std::set<int> messagesInUse(const std::filesystem::path& folder, const char* header,
+                            const std::string& macro) {
   std::string code;  // without blanks
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(source)) {
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
     if (entry.is_regular_file()) {
       code += TemporaryDirectory::read(entry.path());
     }
   }
   std::erase_if(code, [](char byte) { return byte == ' ' || byte == '\n'; });
 
-  std::istringstream names(TemporaryDirectory::read(source / "wtelem" / "messages.h"));
-  std::set<int> named;
+  std::istringstream names(TemporaryDirectory::read(folder / header));
+  std::set<int> used;
   for (std::string line; std::getline(names, line);) {
     char name[64];
     int id = 0;
     if (std::sscanf(line.c_str(), "inline constexpr int %63[A-Za-z] = %d;", name, &id) == 2) {
-      named.insert(id);
-      const std::string use = std::string("WT_MESSAGE(") + name;
+      const std::string use = macro + "(" + name;
       EXPECT_TRUE(code.find(use + ',') != std::string::npos ||
                   code.find(use + ')') != std::string::npos)
           << name;
+      used.insert(id);
     }
   }
+  return used;
+}
+
+TEST(Messages, AreAllInUse) {
+  const std::filesystem::path root = ZVWT_SOURCE_DIR;
+  std::set<int> used = messagesInUse(root / "src", "wtelem/messages.h", "WT_MESSAGE");
+  used.merge(messagesInUse(root / "platform/datafile", "messages.h", "DATAFILE_MESSAGE"));
+  std::set<int> catalogue;
   for (const ZvbMessageEntry& entry : zvbMessageCatalogue) {
-    EXPECT_TRUE(named.contains(entry.id)) << entry.id;
+    catalogue.insert(entry.id);
   }
-  EXPECT_EQ(std::size(zvbMessageCatalogue), named.size());
+  EXPECT_EQ(catalogue, used);
 }
 
 }  // namespace

@@ -69,7 +69,30 @@ inline constexpr ZvbMessageEntry zvbMessageCatalogue[] = {
     {1794, "", "The row lies beyond the end of its data element."},
     {1797, "t", "The cursor has no %1."},
     {1798, "", "A cursor cannot be copied from itself."},
-    {1799, "t", "%1 is not available in this version of the library."},
+    {1801, "tlt", "The sort setting \"%1\" cannot be %2: give %3."},
+    {1802, "ili",
+     "Sort key number %1 cannot be column number %2: the records have %3 columns, counted from 0."},
+    {1803, "il",
+     "Sort key number %1 has the unknown value %2: give 0, or 1 to ignore case, 2 to put nulls "
+     "last, 3 for both."},
+    {1804, "i", "A sort cannot have %1 keys: give 1 or more."},
+    {1805, "i", "There is no sort key number %1: keys are counted from 0."},
+    {1806, "l", "A sorter cannot be made with the unknown options %1."},
+    {1807, "t", "%1 is not possible at this point of a sort."},
+    {1808, "tit",
+     "No directory accepts a work file for sorting; the last one tried was \"%1\": status %2, %3. "
+     "Check that the directories exist, can be written to and have space."},
+    {1809, "t", "A work file for sorting could not be written: %1."},
+    {1810, "l",
+     "The work files of a sort would pass their limit of %1 bytes: raise it, or give the sort more "
+     "memory."},
+    {1811, "t", "A work file for sorting could not be read: %1."},
+    {1812, "", "A work file for sorting is damaged: a block is not as it was written."},
+    {1813, "", "The sort was cancelled."},
+    {1814, "l",
+     "The records do not fit the memory of the sort, %1 bytes, and it may use no work files."},
+    {1815, "i", "Records to be sorted cannot have %1 columns: give 0 or more."},
+    {1816, "ii", "There is no column number %1 to define: the records to be sorted have %2."},
 };
 
 /// The text of a message with its arguments in place: texts as const char* (null prints as "unknown

@@ -44,7 +44,6 @@ inline constexpr int notOpenForReading = 1793;
 inline constexpr int rowBeyondElement = 1794;
 inline constexpr int cursorLacks = 1797;  // what
 inline constexpr int copiedFromItself = 1798;
-inline constexpr int notAvailable = 1799;  // operation
 
 }  // namespace message
 

@@ -21,7 +21,8 @@ bool ZVWTFileImpl::appendFrom(const ZvbString& source) noexcept {
   if (mode_ != Mode::writing) {
     return fail(WT_MESSAGE(notOpenForWriting));
   }
-  const std::unique_ptr<ZVWTFileImpl> table(new (std::nothrow) ZVWTFileImpl(state_.directories));
+  const std::unique_ptr<ZVWTFileImpl> table(new (std::nothrow)
+                                                ZVWTFileImpl(state_.directories, sorterSource_));
   if (table == nullptr) {
     return fail(WT_MESSAGE(outOfMemory, "(work table file instance)"));
   }

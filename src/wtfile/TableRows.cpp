@@ -43,6 +43,9 @@ bool ZVWTFileImpl::writeRow(const ZvbDatavar* const* values) noexcept {
   if (mode_ != Mode::writing) {
     return fail(WT_MESSAGE(notOpenForWriting));
   }
+  if (sortColumnCount_ != 0) {
+    return writeToSorter(values);
+  }
   if (current_ == nullptr && !startElement()) {
     return false;
   }

@@ -12,14 +12,17 @@ constexpr const char* tablePrefix = "zvwt_";
 
 }  // namespace
 
-ZVWTFileImpl::ZVWTFileImpl(const TempDirectories& directories) noexcept
-    : state_{.directories = directories, .columns = {}, .stringBuffer = {}} {}
+ZVWTFileImpl::ZVWTFileImpl(const TempDirectories& directories, SorterSource* sorterSource) noexcept
+    : sorterSource_(sorterSource),
+      state_{.directories = directories, .columns = {}, .stringBuffer = {}} {}
 
 ZVWTFileImpl::~ZVWTFileImpl() {
   (void)ZVWTFileImpl::close();
   if (createdHere_ && failed_) {
     (void)removeFiles();
   }
+  // A close that had no memory to begin with has closed nothing.
+  closeHeader();
 }
 
 void ZVWTFileImpl::release() noexcept { delete this; }
@@ -34,11 +37,6 @@ bool ZVWTFileImpl::failAs(const DataElement& element) noexcept {
   return fail(element.getErrorMessage());
 }
 
-bool ZVWTFileImpl::unavailable(const char* operation) noexcept {
-  errorMessage_ = WT_MESSAGE(notAvailable, operation);
-  return false;
-}
-
 // ---- Creating
 
 bool ZVWTFileImpl::create(int columnCount, int sortColumnCount,
@@ -48,9 +46,6 @@ bool ZVWTFileImpl::create(int columnCount, int sortColumnCount,
   version_ = writtenVersion;
   if (!allocateColumns(columnCount)) {
     return false;
-  }
-  if (sortColumnCount != 0) {
-    return unavailable("Sorting");
   }
   const NewFileKind kind{.prefix = tablePrefix, .name = "header", .order = SearchOrder::toTheEnd};
   NewFile made;
@@ -63,7 +58,7 @@ bool ZVWTFileImpl::create(int columnCount, int sortColumnCount,
   headerPath_ = std::move(made.path);
   name_ = std::move(made.name);
   mode_ = Mode::writing;
-  return true;
+  return sortColumnCount == 0 || allocateSortKeys(sortColumnCount);
 }
 
 bool ZVWTFileImpl::allocateColumns(std::int64_t count) noexcept {
@@ -131,19 +126,26 @@ std::int64_t ZVWTFileImpl::getRowCount() noexcept { return rowCount_; }
 
 bool ZVWTFileImpl::close() noexcept {
   bool closed = true;
+  if (sortColumnCount_ != 0 && sorter_ != nullptr) {
+    if (!makeSortedVector()) {
+      return false;
+    }
+    closed = drainSorter();
+  }
   if (state_.openedForReading) {
     closeRead();
   } else {
-    closed = closeWritten();
+    closed = closeWritten(closed);
   }
   rowPosition_ = 0;
   nextElement_ = 0;
   return closed;
 }
 
-bool ZVWTFileImpl::closeWritten() noexcept {
-  bool closed = true;
-  if (current_ != nullptr) {
+/// `drained` is false when the rows of a sorted table could not all be stored.
+bool ZVWTFileImpl::closeWritten(bool drained) noexcept {
+  bool closed = drained;
+  if (closed && current_ != nullptr) {
     closed = closeCurrent();
   }
   if (header_ != nullptr) {
@@ -225,14 +227,3 @@ bool ZVWTFileImpl::measure(TableSizes* sizes) noexcept {
   }
   return true;
 }
-
-// ---- What later versions bring
-
-std::int32_t ZVWTFileImpl::setSortColumn(std::int32_t /*key*/, std::uint32_t /*column*/,
-                                         bool /*flag*/, std::uint64_t /*value*/) noexcept {
-  return 0;
-}
-
-std::int32_t ZVWTFileImpl::setSortOptionA(std::uint64_t /*value*/) noexcept { return 0; }
-
-std::int32_t ZVWTFileImpl::setSortOptionB(std::uint64_t /*value*/) noexcept { return 0; }

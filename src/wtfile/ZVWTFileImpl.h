@@ -3,9 +3,9 @@
 /// Its operations stand in one file each for what they do: ZVWTFileImpl.cpp (life cycle and
 /// columns), TableHeader.cpp (the catalogue's bytes), TableOpen.cpp (opening and positioning),
 /// TableReaders.cpp (the openers for reading, and the URI), TableRows.cpp (rows), TableCopy.cpp
-/// (copying and appending), TableDescriptions.cpp (statistics and XML). The columns that a reader
-/// gets are the selection's (Selection.h), the rows themselves the data elements'
-/// (wtelem/DataElement.h). Thread rule: one thread at a time.
+/// (copying and appending), TableSorting.cpp (sort keys), TableDescriptions.cpp (statistics and
+/// XML). The columns that a reader gets are the selection's (Selection.h), the rows themselves the
+/// data elements' (wtelem/DataElement.h). Thread rule: one thread at a time.
 #pragma once
 
 #include <cstdint>
@@ -19,6 +19,7 @@
 #include "wtelem/DataElement.h"
 #include "wtelem/TableState.h"
 #include "wtfile/Selection.h"
+#include "wtfile/SorterSource.h"
 
 /// What a table uses, in bytes and files.
 struct TableSizes {
@@ -27,9 +28,17 @@ struct TableSizes {
   std::int64_t indexBytes = 0;
 };
 
+/// How the rows are to be sorted, for the sorter to interpret.
+struct TableSortKey {
+  std::uint32_t column = 0;
+  bool flag = false;
+  std::uint64_t value = 0;
+};
+
 class ZVWTFileImpl final : public ZvWorkTableFile {
  public:
-  explicit ZVWTFileImpl(const TempDirectories& directories) noexcept;
+  /// Both outlive the table.
+  ZVWTFileImpl(const TempDirectories& directories, SorterSource* sorterSource) noexcept;
   ZVWTFileImpl(const ZVWTFileImpl&) = delete;
   ZVWTFileImpl& operator=(const ZVWTFileImpl&) = delete;
   ~ZVWTFileImpl() override;
@@ -104,15 +113,22 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
 
   bool fail(ZvbString text) noexcept;
   bool failAs(const DataElement& element) noexcept;
-  bool unavailable(const char* operation) noexcept;
 
   // Life cycle
-  bool closeWritten() noexcept;
+  bool closeWritten(bool drained) noexcept;
   bool closeCurrent() noexcept;
   void closeRead() noexcept;
   void closeHeader() noexcept;
   void removeAfterFailure() noexcept;
   bool allocateColumns(std::int64_t count) noexcept;
+
+  // Sorting
+  bool allocateSortKeys(int count) noexcept;
+  bool setUpSorter() noexcept;
+  bool failAsSorter() noexcept;
+  bool writeToSorter(const ZvbDatavar* const* values) noexcept;
+  bool makeSortedVector() noexcept;
+  bool drainSorter() noexcept;
 
   // The catalogue
   bool writeHeader() noexcept;
@@ -153,6 +169,7 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   [[nodiscard]] bool pastRange() const noexcept;
   void leaveElement() noexcept;
 
+  SorterSource* sorterSource_;
   TableState state_;  // what the elements see; outlives them
   ZvbString accessKey_;
   ZvbString errorMessage_;
@@ -171,6 +188,15 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   std::int64_t rangeStart_ = 0;
   std::int64_t rangeCount_ = -1;  // -1: the opener gave none
   std::int64_t rangeEnd_ = -1;    // the row behind the range; -1: to the end
+
+  // Of a table that is sorted when it is closed:
+  std::int32_t sortColumnCount_ = 0;  // 0 from the close on
+  std::int32_t sortKeyCount_ = 0;
+  std::unique_ptr<TableSortKey[]> sortKeys_;
+  std::uint64_t sortOptionA_ = 0;
+  std::uint64_t sortOptionB_ = 0;
+  SorterHandle sorter_;                                // from the first row to the close
+  std::unique_ptr<const ZvbDatavar*[]> sortedVector_;  // the addresses of the sorter's values
 
   Selection selection_;  // of state_.columns, as soon as there are any
 

@@ -1,5 +1,7 @@
 #include "wtmgr/ZVWTManagerImpl.h"
 
+#include <algorithm>
+#include <limits>
 #include <new>
 #include <utility>
 
@@ -8,6 +10,23 @@
 #include "fio/np_fio.h"
 #include "wtelem/messages.h"
 #include "wtmgr/Partition.h"
+
+namespace {
+
+/// Bytes of a column's values that a sorter is told to reckon with; a character may take four.
+std::int32_t announcedSize(const ColumnDefinition& column) noexcept {
+  constexpr std::int32_t usualWidth = 255;
+  constexpr std::int32_t bytesPerCharacter = 4;
+  if (column.type != zvbTypeString) {
+    return column.width;
+  }
+  const std::int64_t characters = column.width == 0 ? usualWidth : column.width;
+  return static_cast<std::int32_t>(std::clamp<std::int64_t>(
+      characters * bytesPerCharacter, std::numeric_limits<std::int32_t>::min(),
+      std::numeric_limits<std::int32_t>::max()));
+}
+
+}  // namespace
 
 ZVWTManagerImpl::ZVWTManagerImpl(const ZvbString& name, const ZvbString& directoryList,
                                  ZvbString* error) noexcept
@@ -61,7 +80,7 @@ ZvbString ZVWTManagerImpl::getDirectory(int index) const noexcept {
 // ---- Tables
 
 ZVWTManagerImpl::Table ZVWTManagerImpl::makeTable(ZvbString* error) noexcept {
-  Table table(new (std::nothrow) ZVWTFileImpl(directories_));
+  Table table(new (std::nothrow) ZVWTFileImpl(directories_, this));
   if (table == nullptr) {
     *error = WT_MESSAGE(outOfMemory, "(work table file instance)");
   }
@@ -71,6 +90,10 @@ ZVWTManagerImpl::Table ZVWTManagerImpl::makeTable(ZvbString* error) noexcept {
 ZvWorkTableFile* ZVWTManagerImpl::createTable(int columnCount, int sortKeyCount,
                                               std::int64_t maxElementSize,
                                               ZvbString* error) noexcept {
+  // A table that will need the datafile manager is not made without it.
+  if (sortKeyCount != 0 && !useDatafileManager([](ZvDatafileManager&) { return true; }, error)) {
+    return nullptr;
+  }
   Table table = makeTable(error);
   if (table == nullptr) {
     return nullptr;
@@ -182,7 +205,7 @@ void ZVWTManagerImpl::dequeue(const ZvbString& key) noexcept { keys_.dequeue(key
 
 bool ZVWTManagerImpl::appendTable(const ZvbString& targetName, const ZvbString& sourceName,
                                   bool alreadyEnqueued, ZvbString* error) noexcept {
-  Table table(new (std::nothrow) ZVWTFileImpl(directories_));
+  Table table(new (std::nothrow) ZVWTFileImpl(directories_, this));
   if (table == nullptr) {
     *error = WT_MESSAGE(outOfMemory, "(work table instance)");
     return false;
@@ -285,20 +308,100 @@ bool ZVWTManagerImpl::partitionTable(const ZvbString& nameOrUri, int* partCount,
   return true;
 }
 
-// ---- What later versions bring
+// ---- Sorting
 
-bool ZVWTManagerImpl::refuseSetting() noexcept {
-  zvLockGet(registryLock_, 1, 1);
-  lastError_ = WT_MESSAGE(notAvailable, "A sort and size setting");
-  zvLockRelease(registryLock_);
-  return false;
+/// Calls `use` with the datafile manager, which is made if there is none, while no other thread
+/// does; its result. False with the reason in *error when it cannot be had.
+template <typename Use>
+bool ZVWTManagerImpl::useDatafileManager(const Use& use, ZvbString* error) noexcept {
+  if (!enqueue(uuid_, error)) {
+    return false;
+  }
+  if (datafileManager_ == nullptr) {
+    datafileManager_.reset(zvDatafileManagerCreate(directoryList_, error));
+  }
+  const bool used = datafileManager_ != nullptr && use(*datafileManager_);
+  dequeue(uuid_);
+  return used;
 }
 
-bool ZVWTManagerImpl::sortAndSize0(std::int64_t /*value*/) noexcept { return refuseSetting(); }
-bool ZVWTManagerImpl::sortAndSize1(bool /*value*/) noexcept { return refuseSetting(); }
-bool ZVWTManagerImpl::sortAndSize2(bool /*value*/) noexcept { return refuseSetting(); }
-bool ZVWTManagerImpl::sortAndSize3(bool /*value*/) noexcept { return refuseSetting(); }
-bool ZVWTManagerImpl::sortAndSize4(std::int32_t /*value*/) noexcept { return refuseSetting(); }
-bool ZVWTManagerImpl::sortAndSize5(std::int64_t /*value*/) noexcept { return refuseSetting(); }
-bool ZVWTManagerImpl::sortAndSize6(std::int64_t /*value*/) noexcept { return refuseSetting(); }
-bool ZVWTManagerImpl::sortAndSize7(bool /*value*/) noexcept { return refuseSetting(); }
+SorterHandle ZVWTManagerImpl::makeSorter(std::span<const ColumnDefinition> columns,
+                                         ZvbString* error) noexcept {
+  // Typed columns, work files allowed, rows with equal keys kept.
+  constexpr std::uint32_t options =
+      zvDatafileTypedColumns | zvDatafileWorkFiles | zvDatafileKeepEqual;
+  SorterHandle sorter;
+  (void)useDatafileManager(
+      [&](ZvDatafileManager& manager) {
+        const auto count = static_cast<std::int32_t>(columns.size());
+        bool described = manager.setColumnCount(count);
+        for (std::int32_t i = 0; described && i < count; ++i) {
+          const ColumnDefinition& column = columns[static_cast<std::size_t>(i)];
+          described = manager.defineColumn(i, column.type, announcedSize(column));
+        }
+        sorter.reset(described ? manager.createSorter(options) : nullptr);
+        if (sorter == nullptr) {
+          *error = manager.getErrorMessage();
+        }
+        return sorter != nullptr;
+      },
+      error);
+  return sorter;
+}
+
+/// The reason of a refusal is read with getLastError, whose text other threads may be reading or
+/// setting meanwhile: it is put in place whole.
+template <typename Apply>
+bool ZVWTManagerImpl::applySetting(const Apply& apply) noexcept {
+  ZvbString error;
+  const bool applied = useDatafileManager(
+      [&](ZvDatafileManager& manager) {
+        const bool taken = apply(manager);
+        if (!taken) {
+          error = manager.getErrorMessage();
+        }
+        return taken;
+      },
+      &error);
+  if (!applied) {
+    zvLockGet(registryLock_, 1, 1);
+    lastError_ = std::move(error);
+    zvLockRelease(registryLock_);
+  }
+  return applied;
+}
+
+bool ZVWTManagerImpl::sortAndSize0(std::int64_t value) noexcept {
+  return applySetting([value](ZvDatafileManager& manager) { return manager.sortAndSize0(value); });
+}
+bool ZVWTManagerImpl::sortAndSize1(bool value) noexcept {
+  return applySetting([value](ZvDatafileManager& manager) { return manager.sortAndSize1(value); });
+}
+bool ZVWTManagerImpl::sortAndSize2(bool value) noexcept {
+  return applySetting([value](ZvDatafileManager& manager) { return manager.sortAndSize2(value); });
+}
+bool ZVWTManagerImpl::sortAndSize3(bool value) noexcept {
+  return applySetting([value](ZvDatafileManager& manager) { return manager.sortAndSize3(value); });
+}
+bool ZVWTManagerImpl::sortAndSize4(std::int32_t value) noexcept {
+  return applySetting([value](ZvDatafileManager& manager) { return manager.sortAndSize4(value); });
+}
+bool ZVWTManagerImpl::sortAndSize5(std::int64_t value) noexcept {
+  return applySetting([value](ZvDatafileManager& manager) { return manager.sortAndSize5(value); });
+}
+bool ZVWTManagerImpl::sortAndSize6(std::int64_t value) noexcept {
+  return applySetting([value](ZvDatafileManager& manager) { return manager.sortAndSize6(value); });
+}
+bool ZVWTManagerImpl::sortAndSize7(bool value) noexcept {
+  return applySetting([value](ZvDatafileManager& manager) { return manager.sortAndSize7(value); });
+}
+
+bool ZVWTManagerImpl::setSortProgress(ZvDatafileSortCallback callback, void* context,
+                                      ZvbString* error) noexcept {
+  return useDatafileManager(
+      [=](ZvDatafileManager& manager) {
+        manager.setProgress(callback, context);
+        return true;
+      },
+      error);
+}

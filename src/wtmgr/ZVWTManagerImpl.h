@@ -8,13 +8,15 @@
 
 #include "ZvWorkTableManager.h"
 #include "base/ZvbString.h"
+#include "datafile/ZvDatafileManager.h"
 #include "fio/TempDirectories.h"
 #include "lock/zv_lock.h"
+#include "wtfile/SorterSource.h"
 #include "wtfile/ZVWTFileImpl.h"
 #include "wtmgr/KeyRegistry.h"
 #include "zvwt.h"
 
-class ZVWTManagerImpl final : public ZvWorkTableManager {
+class ZVWTManagerImpl final : public ZvWorkTableManager, private SorterSource {
  public:
   /// Leaves a text in *error, and an object fit only to be destroyed, when something fails.
   ZVWTManagerImpl(const ZvbString& name, const ZvbString& directoryList, ZvbString* error) noexcept;
@@ -62,6 +64,8 @@ class ZVWTManagerImpl final : public ZvWorkTableManager {
   void release() noexcept override;
   bool deleteTable(const ZvbString& name, ZvbString* error) noexcept override;
 
+  [[nodiscard]] bool setSortProgress(ZvDatafileSortCallback callback, void* context,
+                                     ZvbString* error) noexcept;
   [[nodiscard]] bool getTableSizes(const ZvbString& name, ZvwtTableSizes* sizes,
                                    ZvbString* error) noexcept;
 
@@ -80,7 +84,13 @@ class ZVWTManagerImpl final : public ZvWorkTableManager {
   static Table openSource(ZvWorkTableManager* sourceManager, const ZvbString& sourceName,
                           ZvbString* error) noexcept;
   static bool copyRows(ZVWTFileImpl& target, ZVWTFileImpl& source, ZvbString* error) noexcept;
-  bool refuseSetting() noexcept;
+
+  SorterHandle makeSorter(std::span<const ColumnDefinition> columns,
+                          ZvbString* error) noexcept override;
+  template <typename Use>
+  bool useDatafileManager(const Use& use, ZvbString* error) noexcept;
+  template <typename Apply>
+  bool applySetting(const Apply& apply) noexcept;
 
   ZvbString uuid_;
   ZvbString name_;
@@ -89,4 +99,9 @@ class ZVWTManagerImpl final : public ZvWorkTableManager {
   zvLockHandle registryLock_ = 0;
   KeyRegistry keys_;
   ZvbString lastError_;  // guarded by registryLock_
+  struct ReleaseDatafileManager {
+    void operator()(ZvDatafileManager* manager) const noexcept { manager->release(); }
+  };
+  /// Made at first need. Used by whoever holds the key uuid_.
+  std::unique_ptr<ZvDatafileManager, ReleaseDatafileManager> datafileManager_;
 };

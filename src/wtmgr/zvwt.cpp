@@ -18,3 +18,8 @@ bool zvwtGetTableSizes(ZvWorkTableManager* manager, const ZvbString& tableName,
                        ZvwtTableSizes* sizes, ZvbString* error) {
   return static_cast<ZVWTManagerImpl*>(manager)->getTableSizes(tableName, sizes, error);
 }
+
+bool zvwtSetSortProgress(ZvWorkTableManager* manager, ZvDatafileSortCallback callback,
+                         void* context, ZvbString* error) {
+  return static_cast<ZVWTManagerImpl*>(manager)->setSortProgress(callback, context, error);
+}
