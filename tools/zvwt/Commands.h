@@ -22,10 +22,25 @@ struct GivenWidth {
   int bytes;
 };
 
+/// One column that rows are sorted by.
+struct SortKey {
+  std::string column;
+  bool isDescending = false;
+  bool putsNullsLast = false;  ///< whatever the direction; else they come first
+  bool ignoresCase = false;
+};
+
+struct SortPlan {
+  std::vector<SortKey> keys;       ///< none: not sorted
+  std::int64_t memory = 0;         ///< bytes, 0 for the library's default
+  std::int64_t workFileLimit = 0;  ///< bytes, 0 for no limit
+};
+
 struct ImportOptions {
   std::string file;  ///< "-" is standard input
   std::vector<GivenType> types;
   std::vector<GivenWidth> widths;
+  SortPlan sort;
   std::int64_t maxElementSize = 0;  ///< bytes, 0 for no limit
 };
 
@@ -61,6 +76,12 @@ struct CopyOptions {
   std::int64_t maxElementSize = 0;  ///< bytes, 0 for no limit
 };
 
+struct SortOptions {
+  SourceOptions source;
+  SortPlan plan;
+  std::int64_t maxElementSize = 0;  ///< bytes, 0 for no limit
+};
+
 struct AppendOptions {
   std::string target;
   SourceOptions source;
@@ -86,6 +107,9 @@ struct DeleteOptions {
 /// Makes a table of a source's rows and columns and prints its name. Whatever fails, nothing stays
 /// behind.
 [[nodiscard]] ExitCode runCopy(ZvWorkTableManager& manager, const CopyOptions& options);
+/// Makes a sorted table of a source's rows and columns and prints its name. Rows with equal keys
+/// keep their order. Whatever fails, nothing stays behind.
+[[nodiscard]] ExitCode runSort(ZvWorkTableManager& manager, const SortOptions& options);
 /// Adds the rows of a source to a table.
 [[nodiscard]] ExitCode runAppend(ZvWorkTableManager& manager, const AppendOptions& options);
 /// Prints a URI for each part of a table.

@@ -1,11 +1,20 @@
 #include "Diagnostics.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <system_error>
 
+#include "Terminal.h"
+
 namespace zvwttool {
+namespace {
+
+std::size_t widthOfStatus = 0;  // columns of the terminal's last line that it takes
+
+}  // namespace
 
 void say(std::string_view text) {
+  removeStatus();
   std::string line = "zvwt: ";
   line += text;
   line += '\n';
@@ -16,6 +25,25 @@ void say(std::string_view text) {
 ExitCode fail(std::string_view text) {
   say(text);
   return ExitCode::failure;
+}
+
+void showStatus(std::string_view text) noexcept {
+  static const bool isSeen = standardErrorIsTerminal();
+  if (!isSeen) {
+    return;
+  }
+  const std::size_t left = widthOfStatus - std::min(widthOfStatus, text.size());
+  widthOfStatus = text.size();
+  // Blanks overwrite what is left of a longer status, on any terminal.
+  (void)std::fprintf(stderr, "\r%.*s%*s", static_cast<int>(text.size()), text.data(),
+                     static_cast<int>(left), "");
+}
+
+void removeStatus() noexcept {
+  if (widthOfStatus > 0) {
+    showStatus("");
+    (void)std::fputc('\r', stderr);
+  }
 }
 
 std::string systemErrorText(int errorNumber) {

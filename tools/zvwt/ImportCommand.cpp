@@ -45,6 +45,7 @@ class Import {
   [[nodiscard]] ExitCode rejectRepeatedNames(const CsvReader& reader);
   [[nodiscard]] ExitCode applyGivenTypes();
   [[nodiscard]] ExitCode applyGivenWidths();
+  [[nodiscard]] ExitCode checkSortColumns();
   [[nodiscard]] ExitCode inferTypes(CsvReader* reader);
   [[nodiscard]] ExitCode makeTable(CsvReader* reader);
   [[nodiscard]] ExitCode defineColumns(NewTable* table);
@@ -100,7 +101,10 @@ ExitCode Import::planColumns(const CsvReader& reader) {
   if (step == ExitCode::success) {
     step = applyGivenTypes();
   }
-  return step == ExitCode::success ? applyGivenWidths() : step;
+  if (step == ExitCode::success) {
+    step = applyGivenWidths();
+  }
+  return step == ExitCode::success ? checkSortColumns() : step;
 }
 
 // Sorted by name, columns that the library takes for one are neighbours.
@@ -155,6 +159,17 @@ ExitCode Import::applyGivenWidths() {
   return ExitCode::success;
 }
 
+// Before the text is read through for its types.
+ExitCode Import::checkSortColumns() {
+  for (const SortKey& key : options_.sort.keys) {
+    if (findColumn(key.column) == nullptr) {
+      say("--sort: there is no column " + quotedName(key.column));
+      return ExitCode::usage;
+    }
+  }
+  return ExitCode::success;
+}
+
 Column* Import::findColumn(const std::string& name) {
   const auto found = std::find_if(columns_.begin(), columns_.end(), [&name](const Column& column) {
     return sameName(column.name, name);
@@ -199,7 +214,7 @@ ExitCode Import::defineColumns(NewTable* table) {
     return fail("there are too many columns");
   }
   const auto count = static_cast<int>(columns_.size());
-  if (!table->create(count, options_.maxElementSize)) {
+  if (!table->create(count, options_.maxElementSize, options_.sort.keys.size())) {
     return fail(table->errorText());
   }
   for (int index = 0; index < count; ++index) {
@@ -208,7 +223,8 @@ ExitCode Import::defineColumns(NewTable* table) {
       return fail(table->errorText());
     }
   }
-  return ExitCode::success;
+  const bool isSorted = !options_.sort.keys.empty();
+  return !isSorted || table->sortBy(options_.sort) ? ExitCode::success : fail(table->errorText());
 }
 
 ExitCode Import::writeRows(CsvReader* reader, NewTable* table) {

@@ -30,6 +30,71 @@ std::pair<std::string, std::string> splitAssignment(const std::string& option,
   return {text.substr(0, equals), text.substr(equals + 1)};
 }
 
+/// Cuts a text at the separators that no backslash stands before.
+std::vector<std::string_view> splitAt(char separator, std::string_view text) {
+  std::vector<std::string_view> parts;
+  std::size_t begin = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '\\') {
+      ++i;
+    } else if (text[i] == separator) {
+      parts.push_back(text.substr(begin, i - begin));
+      begin = i + 1;
+    }
+  }
+  parts.push_back(text.substr(begin));
+  return parts;
+}
+
+std::string withoutBackslashes(std::string_view text) {
+  constexpr std::string_view special = ",:\\";
+  std::string plain;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool escapes = text[i] == '\\' && i + 1 < text.size() &&
+                         special.find(text[i + 1]) != std::string_view::npos;
+    i += escapes ? 1 : 0;
+    plain += text[i];
+  }
+  return plain;
+}
+
+bool applyModifier(std::string_view word, SortKey* key) {
+  if (word == "desc" || word == "asc") {
+    key->isDescending = word == "desc";
+  } else if (word == "nulls-last") {
+    key->putsNullsLast = true;
+  } else if (word == "nocase") {
+    key->ignoresCase = true;
+  } else {
+    return false;
+  }
+  return true;
+}
+
+SortKey readSortKey(std::string_view text) {
+  SortKey key;
+  std::vector<std::string_view> parts = splitAt(':', text);
+  for (; parts.size() > 1 && applyModifier(parts.back(), &key); parts.pop_back()) {
+    text.remove_suffix(parts.back().size() + 1);
+  }
+  key.column = withoutBackslashes(text);
+  return key;
+}
+
+/// 10 for the K at the end of a size, and so on; 0 for no letter.
+int sizeShift(char letter) {
+  switch (letter) {
+    case 'K':
+      return 10;
+    case 'M':
+      return 20;
+    case 'G':
+      return 30;
+    default:
+      return 0;
+  }
+}
+
 }  // namespace
 
 GivenType readGivenType(const std::string& text) {
@@ -67,6 +132,40 @@ RowRange readRowRange(const std::string& text) {
         "--rows", "\"" + text + "\" is not FIRST,COUNT with FIRST from 0 and COUNT from -1 on");
   }
   return {*first, *count};
+}
+
+std::vector<SortKey> readSortKeys(const std::string& option,
+                                  const std::vector<std::string>& texts) {
+  std::vector<SortKey> keys;
+  for (const std::string& text : texts) {
+    for (const std::string_view part : splitAt(',', text)) {
+      SortKey key = readSortKey(part);
+      const bool isRepeated = std::any_of(keys.begin(), keys.end(), [&key](const SortKey& other) {
+        return ZvbString(other.column.c_str()).compare(key.column.c_str(), false) == 0;
+      });
+      if (key.column.empty() || isRepeated) {
+        throw CLI::ValidationError(
+            option, "\"" + text + "\" " +
+                        (isRepeated ? "names a column again" : "lacks the name of a column"));
+      }
+      keys.push_back(std::move(key));
+    }
+  }
+  return keys;
+}
+
+std::int64_t readSize(const std::string& option, const std::string& text, std::int64_t least) {
+  const int shift = text.empty() ? 0 : sizeShift(text.back());
+  const std::string_view digits =
+      std::string_view(text).substr(0, text.size() - (shift > 0 ? 1 : 0));
+  const std::int64_t number = readNumber<std::int64_t>(digits).value_or(-1);
+  const std::int64_t most = std::numeric_limits<std::int64_t>::max() >> shift;
+  if (number < 0 || number > most || (number << shift) < least) {
+    throw CLI::ValidationError(option, "\"" + text + "\" is no number of bytes from " +
+                                           std::to_string(least) +
+                                           " on, as it is or in K, M or G of 1024");
+  }
+  return number << shift;
 }
 
 CLI::Validator countFrom(std::int64_t least) {

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <string>
+#include <vector>
 
 #include "Commands.h"
 
@@ -15,6 +16,16 @@ namespace zvwttool {
 [[nodiscard]] GivenWidth readGivenWidth(const std::string& text);
 /// FIRST,COUNT
 [[nodiscard]] RowRange readRowRange(const std::string& text);
+
+/// COLUMN[:MODIFIER]...,... in each of the texts of an option, the columns in the order of their
+/// importance. A modifier is desc, asc, nulls-last or nocase; anything else behind a colon is a
+/// part of the name, in which a backslash takes the meaning from a comma, colon or backslash behind
+/// it.
+[[nodiscard]] std::vector<SortKey> readSortKeys(const std::string& option,
+                                                const std::vector<std::string>& texts);
+/// A number of bytes that is `least` or more, or a number and K, M or G of 1024.
+[[nodiscard]] std::int64_t readSize(const std::string& option, const std::string& text,
+                                    std::int64_t least);
 
 /// Accepts a decimal number that is `least` or more.
 [[nodiscard]] CLI::Validator countFrom(std::int64_t least);

@@ -28,6 +28,7 @@ struct Options {
   ShowOptions show;
   ExportOptions exported;
   CopyOptions copy;
+  SortOptions sort;
   AppendOptions append;
   PartitionOptions partition;
   InfoOptions info;
@@ -122,6 +123,41 @@ void addMaxElementSize(CLI::App* verb, std::int64_t* maxElementSize) {
       ->type_name("BYTES");
 }
 
+/// The option `name` gives the columns; the others count only beside it.
+CLI::Option* addSortPlan(CLI::App* verb, const std::string& name, SortPlan* plan) {
+  CLI::Option* keys =
+      verb->add_option_function<std::vector<std::string>>(
+              name,
+              [name, plan](const std::vector<std::string>& texts) {
+                plan->keys = readSortKeys(name, texts);
+              },
+              "sorts the rows by these columns, the first one first; may be given again to add "
+              "more. Behind a column, :desc has the largest value first, :nulls-last puts nulls "
+              "behind all values instead of before them, :nocase ignores the case of texts")
+          ->allow_extra_args(false)
+          ->type_name("COLUMN[:desc][:nulls-last][:nocase],...");
+  verb->add_option_function<std::string>(
+          "--memory",
+          [plan](const std::string& size) {
+            constexpr std::int64_t least = 65536;  // 64K, as the library has it
+            plan->memory = readSize("--memory", size, least);
+          },
+          "memory for sorting, at least 64K; 64M if it is not given")
+      ->needs(keys)
+      ->take_last()
+      ->type_name("BYTES[K|M|G]");
+  verb->add_option_function<std::string>(
+          "--temp-limit",
+          [plan](const std::string& size) {
+            plan->workFileLimit = readSize("--temp-limit", size, 0);
+          },
+          "the most that the work files of the sort may take; 0 for no limit")
+      ->needs(keys)
+      ->take_last()
+      ->type_name("BYTES[K|M|G]");
+  return keys;
+}
+
 void addImport(CLI::App* app, Options* options) {
   ImportOptions* import = &options->import;
   CLI::App* verb = addVerb(app, "import", "Makes a table of a CSV file and prints the table's name",
@@ -134,6 +170,7 @@ void addImport(CLI::App* app, Options* options) {
   addGiven<GivenWidth>(verb, "--width", "COLUMN=BYTES",
                        "makes a column one of strings that are cut to so many bytes",
                        readGivenWidth, &import->widths);
+  addSortPlan(verb, "--sort", &import->sort);
   addMaxElementSize(verb, &import->maxElementSize);
 }
 
@@ -168,6 +205,19 @@ void addCopy(CLI::App* app, Options* options) {
   addSource(verb, "TABLE", &copy->source, options);
   addRows(verb, &copy->source);
   addMaxElementSize(verb, &copy->maxElementSize);
+}
+
+void addSort(CLI::App* app, Options* options) {
+  SortOptions* sort = &options->sort;
+  CLI::App* verb =
+      addVerb(app, "sort",
+              "Makes a sorted table of a table and prints the name of the new one. Rows with equal "
+              "keys keep their order",
+              runSort, sort, options);
+  addSource(verb, "TABLE", &sort->source, options);
+  addRows(verb, &sort->source);
+  addSortPlan(verb, "--by", &sort->plan)->required();
+  addMaxElementSize(verb, &sort->maxElementSize);
 }
 
 void addAppend(CLI::App* app, Options* options) {
@@ -213,6 +263,7 @@ ExitCode run(int argumentCount, char** arguments) {
   addShow(&app, &options);
   addExport(&app, &options);
   addCopy(&app, &options);
+  addSort(&app, &options);
   addAppend(&app, &options);
   addPartition(&app, &options);
   addInfo(&app, &options);
