@@ -25,14 +25,19 @@ struct RowRange {
   std::int64_t rowCount = -1;  ///< -1: to the end of the table
 };
 
-/// The first three operations describe a sort, see ZvDatafileSort; they have an effect only on a
-/// table created with sort keys, and only before its first row.
+/// The first three operations describe a sort, see ZvDatafileSort.h; they have an effect only on a
+/// table created with sort keys, and only before its first row. They always answer 0: what cannot
+/// be is refused by the first writeRow, and can be set right then. Such a table takes rows in any
+/// order, sorts them as they come, and stores them in order when it is closed. The order is that of
+/// the values as given: a text is cut to its column's width only when it is stored, and a value
+/// that cannot be converted to its column's type counts as null.
 class ZVB_API ZvWorkTableFile : public ZvDatafileSort {
  public:
   /// Ends writing or reading. For a table being written this flushes the rows and writes the
   /// catalogue: only then can the table be opened.
-  /// A failed close of a table being written removes the table's files. A table that is closed can
-  /// still be asked for its name, columns and row count.
+  /// A failed close of a table being written removes the table's files, and a sort that fails or is
+  /// cancelled fails the close. A table that is closed can still be asked for its name, columns and
+  /// row count.
   [[nodiscard]] virtual bool close() = 0;
 
   /// Names and types column `index` (from 0) of a table being written, before its first row.
@@ -103,7 +108,9 @@ class ZVB_API ZvWorkTableFile : public ZvDatafileSort {
   /// converted to its column's type; one that cannot be converted is stored as a null. After a
   /// failure the row is not in the table, and further rows may be written. Fails: 1768 the table is
   /// not open for writing; 1044 the disk refused the bytes; 29 memory is short; 1417 no directory
-  /// takes a new element.
+  /// takes a new element. Of a table with sort keys also, at its first row, 1801 to 1805 a key or
+  /// an option is wrong; and 1808 to 1812 a work file cannot be made, written or read, 1813 the
+  /// sort was cancelled: then no further rows are taken.
   [[nodiscard]] virtual bool writeRow(const ZvbDatavar* const* values) = 0;
   /// The same with the variants one after another.
   [[nodiscard]] virtual bool writeRow(const ZvbDatavar* values) = 0;

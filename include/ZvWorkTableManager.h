@@ -18,8 +18,8 @@
 #include "base/zvb_export.h"
 #include "datafile/ZvDatafileManagerSortAndSize.h"
 
-/// The first eight operations are the sort and size settings; the reason of a refused one is read
-/// with getLastError().
+/// The first eight operations are the settings of the sorts of this manager's tables, see
+/// ZvDatafileManagerSortAndSize.h; the reason of a refused one is read with getLastError().
 class ZVB_API ZvWorkTableManager : public ZvDatafileManagerSortAndSize {
  public:
   /// Adds all rows of the source (a table name or URI) to the end of the target table, whose
@@ -54,7 +54,8 @@ class ZVB_API ZvWorkTableManager : public ZvDatafileManagerSortAndSize {
 
   /// Creates a table in the first directory that accepts it. Define its columns, then write.
   /// `maxElementSize` in bytes: an element whose data has grown beyond it is full and the next row
-  /// begins another; 0 or less means no limit. The caller owns the table.
+  /// begins another; 0 or less means no limit. With a `sortKeyCount` above 0 the table is sorted by
+  /// as many keys, which setSortColumn describes before the first row. The caller owns the table.
   /// Fails: 1417 no directory accepts the file; 29 memory is short.
   [[nodiscard]] virtual ZvWorkTableFile* createTable(int columnCount, int sortKeyCount,
                                                      std::int64_t maxElementSize,
@@ -74,7 +75,7 @@ class ZVB_API ZvWorkTableManager : public ZvDatafileManagerSortAndSize {
   [[nodiscard]] virtual ZvbString getName() = 0;
   /// The directories, separated by np_dir_listsep.
   [[nodiscard]] virtual ZvbString getDirectoryList() = 0;
-  /// The reason why a sort and size setting was last refused.
+  /// The reason why a sort and size setting was last refused; a success leaves it as it is.
   [[nodiscard]] virtual ZvbString getLastError() = 0;
 
   /// Opens a table for reading with the columns whose numbers are given; a count of -1 means all.

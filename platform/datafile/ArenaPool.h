@@ -1,7 +1,7 @@
 /// The memory of the arenas of one sort, handed out up to its limit and used again.
 ///
-/// The first arenas are small, so that a small sort takes little; full-sized ones are kept when they
-/// come back. Thread rule: one thread at a time.
+/// The first arenas are small, so that a small sort takes little; full-sized ones are kept when
+/// they come back. Thread rule: one thread at a time.
 #pragma once
 
 #include <algorithm>
@@ -31,8 +31,8 @@ class ArenaPool {
     return handedOut_ == 0 || sizeOfNext(itemSize) <= available();
   }
 
-  /// An empty arena with room for the item; null when it cannot be taken or the system has no memory
-  /// to give.
+  /// An empty arena with room for the item; null when it cannot be taken or the system has no
+  /// memory to give.
   [[nodiscard]] std::unique_ptr<SortArena> take(std::size_t itemSize) noexcept {
     if (!canTake(itemSize)) {
       return nullptr;

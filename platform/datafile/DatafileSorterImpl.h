@@ -65,7 +65,7 @@ class DatafileSorterImpl final : public ZvDatafileSorter {
   RecordCodec codec_;
   std::unique_ptr<ZvbDatavar[]> values_;
   std::unique_ptr<const ZvbDatavar*[]> addresses_;  // of the values
-  std::unique_ptr<SortKey[]> keys_;  // until the codec has them
+  std::unique_ptr<SortKey[]> keys_;                 // until the codec has them
   std::int32_t keyCount_ = 0;
   std::unique_ptr<SortEngine> engine_;  // from the first record on
 };

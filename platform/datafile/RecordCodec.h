@@ -1,8 +1,8 @@
 /// Turns the values of a record into the bytes of an item (SortItem.h) and back.
 ///
 /// The values of an item: a bit for each column, set when the column's value has another form than
-/// its type's, then each column in order. A value that can be read from the key (sortKey::keepsValue)
-/// and has no other form is left out.
+/// its type's, then each column in order. A value that can be read from the key
+/// (sortKey::keepsValue) and has no other form is left out.
 ///
 ///   boolean   1 byte
 ///   integer   8 bytes
@@ -43,8 +43,8 @@ class RecordCodec {
   /// when memory was short for that, or has been for a value.
   [[nodiscard]] bool prepare(const ZvbDatavar* const* values, ZvbDatavar* own,
                              Sizes* most) noexcept;
-  /// Writes the item of the record that has been prepared, whose values are as they were then. There
-  /// is room for those sizes and for sortItem::slack bytes.
+  /// Writes the item of the record that has been prepared, whose values are as they were then.
+  /// There is room for those sizes and for sortItem::slack bytes.
   SortItem encode(const Sizes& most, unsigned char* item) const noexcept;
 
   enum class Decoded : std::uint8_t { done, damaged, memoryShort };
@@ -68,7 +68,7 @@ class RecordCodec {
   // Of the record prepared last:
   std::unique_ptr<const ZvbDatavar*[]> sources_;  // its values
   std::unique_ptr<bool[]> isForeign_;
-  bool hasForeign_ = false;            // any of them is set
+  bool hasForeign_ = false;  // any of them is set
   std::size_t columnCount_ = 0;
   static constexpr std::uint32_t noKey = 0xFFFFFFFF;
 

@@ -6,9 +6,8 @@
 ///   bytes 8-15   checksum of the items, or 0
 ///   the items, back to back, none divided
 ///
-/// An item that does not fit has a block of its own, which is as many times as long as it takes; its
-/// size tells. Numbers are in the machine's byte order.
-/// Thread rule: one thread at a time.
+/// An item that does not fit has a block of its own, which is as many times as long as it takes;
+/// its size tells. Numbers are in the machine's byte order. Thread rule: one thread at a time.
 #pragma once
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 /// Several sorted runs, in memory and in work files, as one.
 ///
-/// A tree of losers: each inner node keeps the head that lost the comparison there, so that the next
-/// head of the winning run meets one opponent a level on its way up. With four runs:
+/// A tree of losers: each inner node keeps the head that lost the comparison there, so that the
+/// next head of the winning run meets one opponent a level on its way up. With four runs:
 ///
 ///         top: b              the head of run 2 has won, against all
 ///         [1] c               lost the final against b

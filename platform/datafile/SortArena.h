@@ -1,5 +1,5 @@
-/// Memory in which items collect until they are sorted: items from the front, an entry for each from
-/// the back, full when the two meet.
+/// Memory in which items collect until they are sorted: items from the front, an entry for each
+/// from the back, full when the two meet.
 ///
 /// Thread rule: one thread at a time.
 #pragma once

@@ -1,8 +1,8 @@
 /// The course of one sort, on one thread or on two.
 ///
-/// The caller's thread fills an arena with items and puts it in line. The work is done in pieces, by
-/// a second thread beside the caller or by the caller itself when it has to wait: an arena in line
-/// is sorted and becomes a run in memory; when memory is used up, the oldest of these runs are
+/// The caller's thread fills an arena with items and puts it in line. The work is done in pieces,
+/// by a second thread beside the caller or by the caller itself when it has to wait: an arena in
+/// line is sorted and becomes a run in memory; when memory is used up, the oldest of these runs are
 /// merged into a work file and their arenas are free again. When all records are in, the runs are
 /// merged once more, and what comes out is handed over in batches of bytes that the caller decodes
 /// while the next one is made.
@@ -30,8 +30,7 @@
 
 class SortEngine {
  public:
-  SortEngine(const SortSettings& settings, ZvDatafileSortCallback callback,
-             void* context) noexcept;
+  SortEngine(const SortSettings& settings, ZvDatafileSortCallback callback, void* context) noexcept;
   SortEngine(const SortEngine&) = delete;
   SortEngine& operator=(const SortEngine&) = delete;
   ~SortEngine();

@@ -96,8 +96,7 @@ inline bool fits(const unsigned char* item, std::size_t available) noexcept {
     return false;
   }
   available -= head;
-  const std::uint64_t keySize =
-      isShort ? get<std::uint16_t>(item) : get<std::uint64_t>(item + 2);
+  const std::uint64_t keySize = isShort ? get<std::uint16_t>(item) : get<std::uint64_t>(item + 2);
   const std::uint64_t valuesSize =
       isShort ? get<std::uint16_t>(item + 2) : get<std::uint64_t>(item + 10);
   return keySize <= available && valuesSize <= available - keySize;

@@ -1,11 +1,10 @@
 /// The bytes of a record's key: those of each of its columns, one after another.
 ///
-///   marker    0 a null that comes first, 1 a value, 2 a null that comes last; nothing follows a null
-///   boolean   1 byte
-///   integer   8 bytes, the highest first, the sign bit turned around
-///   date      8 bytes, the bits of its double in an order of their own; -0 counts as 0
-///   real      see ZvbReal::toOrderedBytes
-///   text      its bytes, or those of zvbFoldText without case, and a zero byte
+///   marker    0 a null that comes first, 1 a value, 2 a null that comes last; nothing follows a
+///   null boolean   1 byte integer   8 bytes, the highest first, the sign bit turned around date 8
+///   bytes, the bits of its double in an order of their own; -0 counts as 0 real      see
+///   ZvbReal::toOrderedBytes text      its bytes, or those of zvbFoldText without case, and a zero
+///   byte
 ///
 /// What follows the marker has all bits turned around for a descending key.
 /// Thread rule: may be called from any thread.
@@ -44,8 +43,9 @@ unsigned char* write(const SortKey& key, zvbType type, const ZvbDatavar& value, 
 bool keepsValue(const SortKey& key, zvbType type) noexcept;
 
 /// Passes over the bytes of a value, and assigns the value to `target` unless that is null; it must
-/// be one that is kept. The bytes of a descending text are turned around for that, once and for all.
-/// Returns the end of the bytes, or null when they are none of a value or memory is short for it.
+/// be one that is kept. The bytes of a descending text are turned around for that, once and for
+/// all. Returns the end of the bytes, or null when they are none of a value or memory is short for
+/// it.
 unsigned char* read(const SortKey& key, zvbType type, unsigned char* bytes,
                     const unsigned char* end, ZvbDatavar* target) noexcept;
 

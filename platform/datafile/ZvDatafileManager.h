@@ -1,22 +1,9 @@
 /// The maker of sorters: holds the directories of their work files, their settings, and the columns
 /// of the records that the next one is to sort.
 ///
-///   setting                 type    range, 0 where it says so          default
-///   0  memory for one sort  64-bit  bytes, 64 KiB or more; 0: default  64 MiB
-///   1  second thread        bool    sort and merge beside the caller   true
-///   2  ignore case          bool    texts compare without case         false
-///   3  spread               bool    work files in all directories      true
-///   4  runs merged at once  32-bit  2 to 256 spilled runs              16
-///   5  work file limit      64-bit  bytes of one sort; 0: no limit     0
-///   6  read buffer          64-bit  bytes per run, 4 KiB to 64 MiB     64 KiB
-///   7  checksums            bool    spilled blocks are checked         true
-///
-/// Settings count for the sorters made after them. A value outside its range is refused, false, and
-/// getErrorMessage() names the setting and the range. Memory wins over the other settings: read
-/// buffers and the runs merged at once shrink until all fits.
-///
-/// Ownership: the caller frees the manager with release(); sorters that it has made live on without
-/// it. Nothing throws. Thread rule: one thread at a time.
+/// The settings stand in ZvDatafileManagerSortAndSize.h; getErrorMessage() tells why one was
+/// refused. Ownership: the caller frees the manager with release(); sorters that it has made live
+/// on without it. Nothing throws. Thread rule: one thread at a time.
 #pragma once
 
 #include <cstdint>
@@ -44,8 +31,7 @@ class ZvDatafileManager : public ZvDatafileManagerSortAndSize {
   virtual void release() = 0;
   /// Describes a column, counted from 0. An unknown type counts as zvbTypeString. `size` in bytes
   /// is a hint: values are never cut to it.
-  [[nodiscard]] virtual bool defineColumn(std::int32_t column, zvbType type,
-                                          std::int32_t size) = 0;
+  [[nodiscard]] virtual bool defineColumn(std::int32_t column, zvbType type, std::int32_t size) = 0;
   /// Begins the description of new records: `count` columns, texts until they are defined.
   [[nodiscard]] virtual bool setColumnCount(std::int32_t count) = 0;
   /// Has the sorters made from now on report to `callback`; null: to nobody.

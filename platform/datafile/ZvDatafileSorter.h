@@ -3,7 +3,8 @@
 ///   setSortColumnCount, setSortColumn for each key, setSortOptionA and setSortOptionB
 ///   for each record: assign to value(0), value(1), ...; addRecord(0)
 ///   sort()
-///   for (status = firstRecord(0); status == 0; status = nextRecord(0)): read value(0), value(1), ...
+///   for (status = firstRecord(0); status == 0; status = nextRecord(0)): read value(0), value(1),
+///   ...
 ///
 /// Records with equal keys keep the order in which they were added. Keys compare by the declared
 /// type of their column: numbers and dates by value, texts by bytes or, where case is ignored,
@@ -53,8 +54,8 @@ class ZvDatafileSorter : public ZvDatafileSort {
   [[nodiscard]] virtual std::int32_t firstRecord(std::int32_t reserved) = 0;
   /// Ends the adding and puts the records in order.
   [[nodiscard]] virtual std::int32_t sort() = 0;
-  /// Adds a record of values that lie elsewhere, one for each column, and spares the caller to assign
-  /// them to value() first: a seventh of the time that adding takes.
+  /// Adds a record of values that lie elsewhere, one for each column, and spares the caller to
+  /// assign them to value() first: a seventh of the time that adding takes.
   [[nodiscard]] virtual std::int32_t addRecordOf(const ZvbDatavar* const* values) = 0;
 
  protected:
