@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <iostream>
 #include <stdexcept>
+#include <string_view>
 #include <system_error>
 
 namespace {
@@ -21,10 +22,19 @@ double ratioToTwin(const Work& work, const std::vector<Work>& works) {
   return 1;
 }
 
-void printTable(const std::vector<Work>& works, std::size_t rowCount) {
-  std::printf("%-26s %12s %10s\n", "work", "Mrows/s", "ratio");
+int longestName(const std::vector<Work>& works) {
+  std::size_t length = 26;
   for (const Work& work : works) {
-    std::printf("%-26s %12.2f %10.2f\n", work.name,
+    length = std::max(length, std::string_view(work.name).size());
+  }
+  return static_cast<int>(length);
+}
+
+void printTable(const std::vector<Work>& works, std::size_t rowCount) {
+  const int width = longestName(works);
+  std::printf("%-*s %12s %10s\n", width, "work", "Mrows/s", "ratio");
+  for (const Work& work : works) {
+    std::printf("%-*s %12.2f %10.2f\n", width, work.name,
                 static_cast<double>(rowCount) / work.median() / 1e6, ratioToTwin(work, works));
   }
 }
@@ -82,7 +92,8 @@ double Work::median() const {
 
 int runBenchmark(
     int argc, char** argv, const char* description, BenchmarkOptions options,
-    const std::function<void(const BenchmarkOptions& options, const std::string& directory)>& run) {
+    const std::function<void(const BenchmarkOptions& options, const std::string& directory)>& run,
+    const std::function<void(CLI::App& app)>& addOptions) {
   CLI::App app(description);
   options.parentDirectory = std::filesystem::temp_directory_path().string();
   app.add_option("--rows", options.rowCount, "rows in the table")->check(CLI::PositiveNumber);
@@ -90,6 +101,9 @@ int runBenchmark(
       ->check(CLI::PositiveNumber);
   app.add_option("--dir", options.parentDirectory, "directory for the files");
   app.add_flag("--json", options.json, "print JSON");
+  if (addOptions) {
+    addOptions(app);
+  }
   CLI11_PARSE(app, argc, argv);
   try {
     const BenchmarkDirectory directory(options.parentDirectory);
@@ -104,10 +118,16 @@ int runBenchmark(
 void measure(int rounds, std::vector<Work>* works) {
   for (int round = 0; round < rounds; ++round) {
     for (Work& work : *works) {
+      if (work.before) {
+        work.before();
+      }
       const auto start = std::chrono::steady_clock::now();
       work.run();
       work.seconds.push_back(
           std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+      if (work.after) {
+        work.after();
+      }
     }
   }
 }

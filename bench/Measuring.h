@@ -12,6 +12,10 @@
 
 #include "ZvwtHandles.h"
 
+namespace CLI {
+class App;
+}
+
 using Manager = zvwt::Manager;
 using Table = zvwt::Table;
 
@@ -24,6 +28,8 @@ struct Work {
   const char* name;
   const char* twin;  ///< the work that its ratio is taken to, or null
   std::function<void()> run;
+  std::function<void()> before = {};  ///< makes ready for it; not measured
+  std::function<void()> after = {};   ///< looks at what it did and clears up; not measured
   std::vector<double> seconds = {};
 
   [[nodiscard]] double median() const;
@@ -38,10 +44,12 @@ struct BenchmarkOptions {
 };
 
 /// Runs a benchmark in a directory of its own, which is removed in the end; the exit code of its
-/// program. The options have their defaults and get those of the command line.
+/// program. The options have their defaults and get those of the command line, to which
+/// `addOptions` adds the benchmark's own.
 [[nodiscard]] int runBenchmark(
     int argc, char** argv, const char* description, BenchmarkOptions options,
-    const std::function<void(const BenchmarkOptions& options, const std::string& directory)>& run);
+    const std::function<void(const BenchmarkOptions& options, const std::string& directory)>& run,
+    const std::function<void(CLI::App& app)>& addOptions = {});
 
 /// Runs the rounds and fills in the works' seconds.
 void measure(int rounds, std::vector<Work>* works);

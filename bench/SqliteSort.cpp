@@ -1,0 +1,115 @@
+#include "SqliteSort.h"
+
+#include <filesystem>
+#include <stdexcept>
+
+namespace {
+
+struct Finish {
+  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+using Statement = std::unique_ptr<sqlite3_stmt, Finish>;
+
+void require(bool success, sqlite3* database) {
+  if (!success) {
+    throw std::runtime_error(std::string("SQLite: ") + sqlite3_errmsg(database));
+  }
+}
+
+void execute(sqlite3* database, const std::string& sql) {
+  require(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK, database);
+}
+
+Statement prepare(sqlite3* database, const char* sql) {
+  sqlite3_stmt* statement = nullptr;
+  require(sqlite3_prepare_v2(database, sql, -1, &statement, nullptr) == SQLITE_OK, database);
+  return Statement(statement);
+}
+
+bool bindText(sqlite3_stmt* statement, int number, std::string_view text) {
+  return sqlite3_bind_text(statement, number, text.data(), static_cast<int>(text.size()),
+                           SQLITE_STATIC) == SQLITE_OK;
+}
+
+bool insert(sqlite3_stmt* statement, const RowView& row) {
+  return sqlite3_bind_int64(statement, 1, row.id) == SQLITE_OK &&
+         sqlite3_bind_int64(statement, 2, row.amount) == SQLITE_OK &&
+         sqlite3_bind_int64(statement, 3, row.cents) == SQLITE_OK &&
+         bindText(statement, 4, row.code) && bindText(statement, 5, row.name) &&
+         sqlite3_bind_double(statement, 6, row.day) == SQLITE_OK &&
+         sqlite3_bind_int(statement, 7, row.flag ? 1 : 0) == SQLITE_OK &&
+         sqlite3_step(statement) == SQLITE_DONE && sqlite3_reset(statement) == SQLITE_OK;
+}
+
+std::string_view textOf(sqlite3_stmt* statement, int column) {
+  const void* text = sqlite3_column_text(statement, column);
+  return {static_cast<const char*>(text),
+          static_cast<std::size_t>(sqlite3_column_bytes(statement, column))};
+}
+
+RowView viewOf(sqlite3_stmt* statement) {
+  return {sqlite3_column_int64(statement, 0),
+          sqlite3_column_int64(statement, 1),
+          sqlite3_column_int64(statement, 2),
+          textOf(statement, 3),
+          textOf(statement, 4),
+          sqlite3_column_double(statement, 5),
+          sqlite3_column_int(statement, 6) != 0};
+}
+
+}  // namespace
+
+SqliteSort::SqliteSort(const std::string& directory, std::int64_t cacheBytes)
+    : path_(directory + "/sorted.sqlite"),
+      temporaryDirectory_(directory),
+      cacheBytes_(cacheBytes) {}
+
+/// As fast as SQLite can be made for rows that need not survive a crash, which is what a work table
+/// promises too: no journal, nothing waits for the disk, one thread for the sort beside the
+/// caller's, and as much memory as our sort has. The sorter takes its memory from the cache size.
+SqliteSort::Database SqliteSort::open() const {
+  sqlite3* handle = nullptr;
+  const bool opened = sqlite3_open(path_.c_str(), &handle) == SQLITE_OK;
+  Database database(handle);
+  require(opened, handle);
+  sqlite3_free(sqlite3_temp_directory);
+  sqlite3_temp_directory = sqlite3_mprintf("%s", temporaryDirectory_.c_str());
+  const std::string cacheSize = "cache_size=-" + std::to_string(cacheBytes_ / 1024);
+  execute(handle,
+          "PRAGMA page_size=16384; PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF;"
+          "PRAGMA locking_mode=EXCLUSIVE; PRAGMA temp_store=FILE; PRAGMA threads=1;"
+          "PRAGMA main." +
+              cacheSize + "; PRAGMA temp." + cacheSize);
+  return database;
+}
+
+/// The rows come into a temporary table, which costs less than one of the file's own.
+void SqliteSort::store(const Rows& rows, SortOrder order) {
+  const Database database = open();
+  execute(database.get(),
+          "BEGIN; CREATE TEMP TABLE input (id INTEGER, amount INTEGER, cents INTEGER, code TEXT,"
+          " name TEXT, day REAL, flag INTEGER)");
+  const Statement statement =
+      prepare(database.get(), "INSERT INTO input VALUES (?, ?, ?, ?, ?, ?, ?)");
+  for (const SampleRow& row : rows) {
+    require(insert(statement.get(), ::viewOf(row)), database.get());
+  }
+  execute(database.get(), std::string("CREATE TABLE sorted AS SELECT * FROM input ORDER BY ") +
+                              sqlKeys(order) + "; COMMIT");
+}
+
+void SqliteSort::read(const RowTaker& take) {
+  const Database database = open();
+  const Statement statement = prepare(database.get(), "SELECT * FROM sorted ORDER BY rowid");
+  int status = SQLITE_ROW;
+  while ((status = sqlite3_step(statement.get())) == SQLITE_ROW) {
+    take(viewOf(statement.get()));
+  }
+  require(status == SQLITE_DONE, database.get());
+}
+
+std::int64_t SqliteSort::storedBytes() const {
+  return static_cast<std::int64_t>(std::filesystem::file_size(path_));
+}
+
+void SqliteSort::remove() { std::filesystem::remove(path_); }
