@@ -7,5 +7,9 @@
 /// null when memory is short. May be called from any thread.
 [[nodiscard]] void* zvbAllocateLarge(std::size_t size) noexcept;
 
+/// The bytes that asking for `size` of them really takes: a multiple of the large pages from some
+/// size on.
+[[nodiscard]] std::size_t zvbLargeSize(std::size_t size) noexcept;
+
 /// Gives memory of zvbAllocateLarge back; `size` is what was asked for. Null does nothing.
 void zvbFreeLarge(void* memory, std::size_t size) noexcept;

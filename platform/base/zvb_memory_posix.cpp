@@ -13,20 +13,17 @@ constexpr std::size_t largePage = std::size_t{2} << 20;
 /// Pieces below this size come from the program's own heap.
 constexpr bool isSmall(std::size_t size) noexcept { return size < 2 * largePage; }
 
-std::size_t mappedSize(std::size_t size) noexcept {
-  return (size + largePage - 1) / largePage * largePage;
-}
-
-/// Maps memory that begins at a large page's boundary, by mapping too much and giving the ends back.
+/// Maps memory that begins at a large page's boundary, by mapping too much and giving the ends
+/// back.
 void* mapAligned(std::size_t size) noexcept {
   const std::size_t wide = size + largePage;
-  void* mapped =
-      mmap(nullptr, wide, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  void* mapped = mmap(nullptr, wide, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (mapped == MAP_FAILED) {
     return nullptr;
   }
   auto* bytes = static_cast<unsigned char*>(mapped);
-  const std::size_t front = (largePage - reinterpret_cast<std::uintptr_t>(bytes) % largePage) % largePage;
+  const std::size_t front =
+      (largePage - reinterpret_cast<std::uintptr_t>(bytes) % largePage) % largePage;
   if (front != 0) {
     munmap(bytes, front);
   }
@@ -36,14 +33,18 @@ void* mapAligned(std::size_t size) noexcept {
 
 }  // namespace
 
+std::size_t zvbLargeSize(std::size_t size) noexcept {
+  return isSmall(size) ? size : (size + largePage - 1) / largePage * largePage;
+}
+
 void* zvbAllocateLarge(std::size_t size) noexcept {
   if (isSmall(size)) {
     return ::operator new(size, std::nothrow);
   }
-  void* memory = mapAligned(mappedSize(size));
+  void* memory = mapAligned(zvbLargeSize(size));
 #ifdef MADV_HUGEPAGE
   if (memory != nullptr) {
-    (void)madvise(memory, mappedSize(size), MADV_HUGEPAGE);  // a wish
+    (void)madvise(memory, zvbLargeSize(size), MADV_HUGEPAGE);  // a wish
   }
 #endif
   return memory;
@@ -53,6 +54,6 @@ void zvbFreeLarge(void* memory, std::size_t size) noexcept {
   if (isSmall(size)) {
     ::operator delete(memory);
   } else if (memory != nullptr) {
-    munmap(memory, mappedSize(size));
+    munmap(memory, zvbLargeSize(size));
   }
 }

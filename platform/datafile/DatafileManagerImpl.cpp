@@ -146,8 +146,7 @@ ZvDatafileSorter* DatafileManagerImpl::createSorter(std::uint32_t options) noexc
     setup.columnTypes = texts.get();
   }
   const bool hasTypes = setup.columnTypes != nullptr || setup.columnCount == 0;
-  std::unique_ptr<DatafileSorterImpl> sorter =
-      hasTypes ? DatafileSorterImpl::make(setup) : nullptr;
+  std::unique_ptr<DatafileSorterImpl> sorter = hasTypes ? DatafileSorterImpl::make(setup) : nullptr;
   if (sorter == nullptr) {
     (void)fail(DATAFILE_MESSAGE(outOfMemory, "(sorter)"));
   }

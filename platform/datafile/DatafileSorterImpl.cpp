@@ -65,6 +65,9 @@ std::int32_t DatafileSorterImpl::setSortColumnCount(std::int32_t count) noexcept
   if (keys == nullptr) {
     return fail(DATAFILE_MESSAGE(outOfMemory, "(sort keys)"));
   }
+  for (std::int32_t i = 0; i < count; ++i) {
+    keys[static_cast<std::size_t>(i)].ignoreCase = settings_.ignoreCase;
+  }
   keys_ = std::move(keys);
   keyCount_ = count;
   return zvDatafileSuccess;
@@ -97,15 +100,12 @@ std::int32_t DatafileSorterImpl::setSortOptionA(std::uint64_t value) noexcept {
   if (phase_ != Phase::describing) {
     return refuse("Setting option A");
   }
-  if (value == 0) {
-    return zvDatafileSuccess;
-  }
   const auto memory = static_cast<std::int64_t>(value);
   if (!settingRange::memory.takes(memory)) {
-    return fail(DATAFILE_MESSAGE(settingRefused, "option A (memory)", memory,
-                                 settingRange::memory.text));
+    return fail(
+        DATAFILE_MESSAGE(settingRefused, "option A (memory)", memory, settingRange::memory.text));
   }
-  settings_.memory = memory;
+  settings_.memory = memory == 0 ? managerMemory_ : memory;
   return zvDatafileSuccess;
 }
 
@@ -118,7 +118,7 @@ std::int32_t DatafileSorterImpl::setSortOptionB(std::uint64_t value) noexcept {
     return fail(DATAFILE_MESSAGE(settingRefused, "option B (work file limit)", limit,
                                  settingRange::workFileLimit.text));
   }
-  settings_.workFileLimit = limit == 0 ? settings_.workFileLimit : limit;
+  settings_.workFileLimit = limit == 0 ? managerWorkFileLimit_ : limit;
   return zvDatafileSuccess;
 }
 

@@ -46,6 +46,8 @@ class DatafileSorterImpl final : public ZvDatafileSorter {
 
   explicit DatafileSorterImpl(const SorterSetup& setup) noexcept
       : settings_(setup.settings),
+        managerMemory_(setup.settings.memory),
+        managerWorkFileLimit_(setup.settings.workFileLimit),
         callback_(setup.callback),
         context_(setup.context),
         directoryList_(setup.directoryList) {}
@@ -57,6 +59,8 @@ class DatafileSorterImpl final : public ZvDatafileSorter {
   [[nodiscard]] bool startAdding() noexcept;
 
   SortSettings settings_;
+  std::int64_t managerMemory_;         // bytes, where option A says nothing
+  std::int64_t managerWorkFileLimit_;  // likewise option B
   ZvDatafileSortCallback callback_;
   void* context_;
   ZvbString directoryList_;

@@ -1,7 +1,7 @@
 /// A quicksort whose partitioning has no branch that depends on the data, on the prefixes; then
 /// groups of equal prefixes are sorted by the next twelve bytes of their keys in the same way. Both
-/// go through memory in order and compare integers; a comparison function that follows each entry to
-/// its item would miss the caches twice a time.
+/// go through memory in order and compare integers; a comparison function that follows each entry
+/// to its item would miss the caches twice a time.
 #include "datafile/EntrySort.h"
 
 #include <algorithm>
@@ -92,7 +92,8 @@ void quickSort(SortEntry* first, SortEntry* last, int depth) noexcept {
 
 void sortPrefixes(SortEntry* first, SortEntry* last) noexcept {
   if (!std::is_sorted(first, last, before)) {
-    quickSort(first, last, 2 * static_cast<int>(std::bit_width(static_cast<std::size_t>(last - first))));
+    quickSort(first, last,
+              2 * static_cast<int>(std::bit_width(static_cast<std::size_t>(last - first))));
   }
 }
 

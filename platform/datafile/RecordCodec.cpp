@@ -7,6 +7,8 @@
 #include <new>
 #include <utility>
 
+#include "base/zvb_bytes.h"
+
 namespace {
 
 using sortItem::get;
@@ -16,22 +18,59 @@ constexpr unsigned char nullForm = 0;
 constexpr unsigned char doubleForm = 6;  // beside the types, 1 to 5
 
 constexpr unsigned char realSign = 1;
-constexpr unsigned char realHasHigh = 2;
+constexpr unsigned char realLongExponent = 2;
+constexpr unsigned realSizeShift = 3;
+constexpr std::size_t largestCoefficient = 16;
 constexpr std::uint64_t packedSign = std::uint64_t{1} << 62;
 
 constexpr std::size_t longText = 255;
-constexpr std::size_t largestReal = 1 + 4 + 8 + 8;
+constexpr std::size_t largestReal = 1 + 4 + largestCoefficient;
 constexpr std::size_t textHead = 5;  // at most
+
+std::uint64_t lowestFirst(std::uint64_t word) noexcept {
+  return std::endian::native == std::endian::little ? word : zvbReverseBytes(word);
+}
+
+/// The bytes that a number needs, 1 to 8.
+std::size_t bytesOf(std::uint64_t number) noexcept {
+  return (static_cast<std::size_t>(std::bit_width(number | 1U)) + 7) / 8;
+}
+
+/// Writes all 8 bytes; what comes next overwrites those that are not needed.
+void putNumber(unsigned char* bytes, std::uint64_t number) noexcept {
+  put(bytes, lowestFirst(number));
+}
+
+/// A number of 1 to 8 bytes, behind which there are at least slack bytes.
+std::uint64_t getNumber(const unsigned char* bytes, std::size_t size) noexcept {
+  const std::size_t unused = 64 - 8 * size;
+  return lowestFirst(get<std::uint64_t>(bytes)) << unused >> unused;
+}
+
+unsigned char* writeInteger(std::int64_t integer, unsigned char* bytes) noexcept {
+  const auto number =
+      (static_cast<std::uint64_t>(integer) << 1U) ^ static_cast<std::uint64_t>(integer >> 63);
+  const std::size_t size = bytesOf(number);
+  *bytes = static_cast<unsigned char>(size);
+  putNumber(bytes + 1, number);
+  return bytes + 1 + size;
+}
 
 unsigned char* writeReal(const ZvbReal& real, unsigned char* bytes) noexcept {
   std::uint64_t words[3];
   real.asFD(&words);
+  const auto exponent = static_cast<std::int32_t>(static_cast<std::uint32_t>(words[0]));
+  const bool isLong = exponent != static_cast<std::int8_t>(exponent);
+  const std::size_t size = words[2] == 0 ? bytesOf(words[1]) : 8 + bytesOf(words[2]);
   bytes[0] = static_cast<unsigned char>(((words[0] & packedSign) != 0 ? realSign : 0) |
-                                        (words[2] != 0 ? realHasHigh : 0));
-  put(bytes + 1, static_cast<std::uint32_t>(words[0]));
-  put(bytes + 5, words[1]);
-  put(bytes + 13, words[2]);  // the next value overwrites it when it is not wanted
-  return bytes + (words[2] != 0 ? 21 : 13);
+                                        (isLong ? realLongExponent : 0) | size << realSizeShift);
+  put(bytes + 1, static_cast<std::uint32_t>(lowestFirst(words[0] & 0xFFFFFFFFU)));
+  bytes += isLong ? 5 : 2;
+  putNumber(bytes, words[1]);
+  if (words[2] != 0) [[unlikely]] {
+    putNumber(bytes + 8, words[2]);
+  }
+  return bytes + size;
 }
 
 unsigned char* writeText(const ZvbDatavar& value, unsigned char* bytes) noexcept {
@@ -55,8 +94,7 @@ unsigned char* writeTyped(zvbType type, const ZvbDatavar& value, unsigned char* 
       *bytes = value.asBool(&failed) ? 1 : 0;
       return bytes + 1;
     case zvbTypeInteger:
-      put(bytes, value.asInt64(&failed));
-      return bytes + 8;
+      return writeInteger(value.asInt64(&failed), bytes);
     case zvbTypeDate:
       put(bytes, value.asDouble(&failed));
       return bytes + 8;
@@ -73,6 +111,7 @@ constexpr std::size_t largestForm(zvbType type) noexcept {
     case zvbTypeBoolean:
       return 1;
     case zvbTypeInteger:
+      return 9;
     case zvbTypeDate:
       return 8;
     case zvbTypeReal:
@@ -125,9 +164,7 @@ class FormReader {
       case zvbTypeBoolean:
         return assign(1, [value](const unsigned char* bytes) { value->assign(*bytes != 0); });
       case zvbTypeInteger:
-        return assign(8, [value](const unsigned char* bytes) {
-          value->assign(get<std::int64_t>(bytes));
-        });
+        return readInteger(value);
       case zvbTypeDate:
         return assign(8, [value](const unsigned char* bytes) {
           value->assign(get<double>(bytes));
@@ -151,8 +188,7 @@ class FormReader {
       return value->setType(type);
     }
     if (*form == doubleForm) {
-      return assign(8,
-                    [value](const unsigned char* bytes) { value->assign(get<double>(bytes)); });
+      return assign(8, [value](const unsigned char* bytes) { value->assign(get<double>(bytes)); });
     }
     return readTyped(static_cast<zvbType>(*form), value);
   }
@@ -168,20 +204,38 @@ class FormReader {
     return true;
   }
 
-  bool readReal(ZvbDatavar* value) noexcept {
-    const unsigned char* bytes = take(13);
-    if (bytes == nullptr) [[unlikely]] {
+  bool readInteger(ZvbDatavar* value) noexcept {
+    const unsigned char* const head = take(1);
+    if (head == nullptr || *head - 1U >= 8) [[unlikely]] {
       return false;
     }
-    std::uint64_t words[3] = {get<std::uint32_t>(bytes + 1), get<std::uint64_t>(bytes + 5), 0};
-    words[0] |= (bytes[0] & realSign) != 0 ? packedSign : 0;
-    if ((bytes[0] & realHasHigh) != 0) {
-      const unsigned char* high = take(8);
-      if (high == nullptr) {
-        return false;
-      }
-      words[2] = get<std::uint64_t>(high);
+    return assign(*head, [value, size = *head](const unsigned char* bytes) {
+      const std::uint64_t number = getNumber(bytes, size);
+      value->assign(static_cast<std::int64_t>((number >> 1U) ^ (0 - (number & 1U))));
+    });
+  }
+
+  bool readReal(ZvbDatavar* value) noexcept {
+    const unsigned char* const head = take(1);
+    if (head == nullptr) [[unlikely]] {
+      return false;
     }
+    const std::size_t size = *head >> realSizeShift;
+    const bool isLong = (*head & realLongExponent) != 0;
+    const unsigned char* bytes = take((isLong ? 4 : 1) + size);
+    if (bytes == nullptr || size - 1 >= largestCoefficient) [[unlikely]] {
+      return false;
+    }
+    std::uint64_t words[3] = {};
+    if (isLong) [[unlikely]] {
+      words[0] = getNumber(bytes, 4);
+      bytes += 4;
+    } else {
+      words[0] = static_cast<std::uint32_t>(static_cast<std::int8_t>(*bytes++));
+    }
+    words[0] |= (*head & realSign) != 0 ? packedSign : 0;
+    words[1] = getNumber(bytes, std::min<std::size_t>(size, 8));
+    words[2] = size > 8 ? getNumber(bytes + 8, size - 8) : 0;
     value->assign(ZvbReal::fromFD(words, false));
     return true;
   }
@@ -199,9 +253,10 @@ class FormReader {
       }
       size = get<std::uint32_t>(head);
     }
-    return assign(size, [value, size](const unsigned char* bytes) {
-             value->assign(reinterpret_cast<const char*>(bytes), size);
-           }) &&
+    return assign(size,
+                  [value, size](const unsigned char* bytes) {
+                    value->assign(reinterpret_cast<const char*>(bytes), size);
+                  }) &&
            !value->memoryShort();
   }
 

@@ -30,7 +30,8 @@ std::uint64_t checksumOf(const unsigned char* bytes, std::size_t size) noexcept 
       sums[lane] = mix(sums[lane], sortItem::get<std::uint64_t>(bytes + at + lane * 8));
     }
   }
-  for (std::size_t lane = 0; at < size; ++lane, at += sizeof(std::uint64_t)) {  // less than a stride
+  for (std::size_t lane = 0; at < size;
+       ++lane, at += sizeof(std::uint64_t)) {  // less than a stride
     std::uint64_t word = 0;
     std::memcpy(&word, bytes + at, std::min(size - at, sizeof word));
     sums[lane] = mix(sums[lane], word);
@@ -56,18 +57,21 @@ std::size_t wholeBlock(std::size_t itemBytes, std::size_t blockSize) noexcept {
 
 // ---- Writing
 
-bool RunWriter::start(SpilledRun* run) noexcept {
-  run_ = run;
-  blockStart_ = 0;
-  blockUsed_ = blockHead;
+bool RunWriter::makeBuffer() noexcept {
   if (buffer_ == nullptr) {
     buffer_.reset(new (std::nothrow) unsigned char[bufferSize_ + sortItem::slack]());
     if (buffer_ == nullptr) {
       error_ = DATAFILE_MESSAGE(outOfMemory, "(sort write buffer)");
-      return false;
     }
   }
-  return files_->make(&run->file, &error_);
+  return buffer_ != nullptr;
+}
+
+bool RunWriter::start(SpilledRun* run) noexcept {
+  run_ = run;
+  blockStart_ = 0;
+  blockUsed_ = blockHead;
+  return makeBuffer() && files_->make(&run->file, &error_);
 }
 
 bool RunWriter::append(const unsigned char* item, std::size_t size) noexcept {

@@ -36,6 +36,7 @@ class RunWriter {
         monitor_(monitor) {}
 
   /// The operations return false with the reason in error().
+  [[nodiscard]] bool makeBuffer() noexcept;
   [[nodiscard]] bool start(SpilledRun* run) noexcept;
   [[nodiscard]] bool append(const unsigned char* item, std::size_t size) noexcept;
   /// Brings everything to the file.

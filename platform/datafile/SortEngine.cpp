@@ -6,6 +6,7 @@
 #include <system_error>
 #include <utility>
 
+#include "base/zvb_signals.h"
 #include "datafile/messages.h"
 
 namespace {
@@ -20,6 +21,7 @@ SortEngine::SortEngine(const SortSettings& settings, ZvDatafileSortCallback call
     : settings_(settings),
       plan_(settings),
       monitor_(callback, context),
+      largestItem_(std::min(plan_.batchSize, plan_.mergeBuffers / 2)),
       runs_(settings_, plan_, &monitor_),
       pool_(plan_) {}
 
@@ -41,6 +43,7 @@ bool SortEngine::start(const ZvbString& directoryList, ZvbString* error) noexcep
     return false;
   }
   if (settings_.secondThread) {
+    const ZvbSignalsHeld held;
     try {
       worker_ = std::thread([this] { work(); });
     } catch (const std::exception&) {  // neither memory nor the system's leave
@@ -58,6 +61,7 @@ bool SortEngine::hasFailed() noexcept {
 }
 
 void SortEngine::failWith(ZvbString text) noexcept {
+  batch_.reset();
   const Lock lock(mutex_);
   fail(std::move(text));
 }
@@ -98,19 +102,33 @@ bool SortEngine::waitFor(Lock& lock, const Condition& isMet) noexcept {
     } else {
       forWorker_.notify_one();
       forCaller_.wait_for(lock, patience, [&] { return failed_ || isMet(); });
-      lock.unlock();
-      monitor_.report();
-      lock.lock();
     }
+    lock.unlock();
+    monitor_.report();
+    lock.lock();
     failIfCancelled();
   }
   return !failed_;
+}
+
+/// A record larger than all before it: the arenas have to get along with less.
+void SortEngine::leaveMemoryFor(std::size_t itemSize) noexcept {
+  largestItem_ = itemSize;
+  const Lock lock(mutex_);
+  pool_.leave(plan_.leftForRecords(itemSize));
+  memoryWasShort_ = memoryWasShort_ || pool_.isOverLimit();
 }
 
 bool SortEngine::changeArena(std::size_t itemSize) noexcept {
   monitor_.report();
   Lock lock(mutex_);
   failIfCancelled();
+  if (arena_ != nullptr && settings_.mayUseWorkFiles && !isPreparedToSpill_) {
+    isPreparedToSpill_ = runs_.prepareToSpill();  // before any work is in line
+    if (!isPreparedToSpill_) {
+      fail(runs_.error());
+    }
+  }
   putInLine();
   arena_ = failed_ ? nullptr : pool_.take(itemSize);
   while (arena_ == nullptr && !failed_) {
@@ -167,11 +185,9 @@ bool SortEngine::startDelivery() noexcept {
   if (failed_ || (!delivers_ && !makeBatches())) {
     return false;
   }
-  if (batch_ != nullptr) {
-    empty_.put(std::move(batch_));
-  }
-  while (std::unique_ptr<SortBatch> stale = ready_.take()) {
-    empty_.put(std::move(stale));
+  returnBatch();
+  while ((batch_ = ready_.take()) != nullptr) {
+    returnBatch();
   }
   delivers_ = true;
   restarts_ = true;
@@ -179,14 +195,24 @@ bool SortEngine::startDelivery() noexcept {
   return true;
 }
 
+/// Under the lock.
+void SortEngine::returnBatch() noexcept {
+  if (batch_ == nullptr) {
+    return;
+  }
+  if (batch_->capacity > plan_.batchSize) {
+    *batch_ = SortBatch();
+    largeBatchIsOut_ = false;
+  }
+  empty_.put(std::move(batch_));
+  forWorker_.notify_one();
+}
+
 bool SortEngine::nextBatch() noexcept {
   monitor_.report();
   Lock lock(mutex_);
   failIfCancelled();
-  if (batch_ != nullptr) {
-    empty_.put(std::move(batch_));
-    forWorker_.notify_one();
-  }
+  returnBatch();
   if (!waitFor(lock, [&] { return !ready_.isEmpty() || (allDelivered_ && !restarts_); })) {
     return false;
   }
@@ -226,7 +252,7 @@ bool SortEngine::doPiece(Lock& lock) noexcept {
     finishRuns(lock);
   } else if (delivers_ && restarts_) {
     restart(lock);
-  } else if (delivers_ && !allDelivered_ && !empty_.isEmpty()) {
+  } else if (delivers_ && !allDelivered_ && !empty_.isEmpty() && !largeBatchIsOut_) {
     fillBatch(lock);
   } else {
     return false;
@@ -249,18 +275,21 @@ void SortEngine::sortNext(Lock& lock) noexcept {
 
 /// Once memory has been short, it is made free before the caller has to wait for it.
 bool SortEngine::needsSpilling() const noexcept {
-  if (runs_.runsInMemory() == 0 || allAdded_) {
+  if (runs_.runsInMemory() == 0 || runsAreReady_) {
     return false;
   }
-  if (awaited_ != 0) {
-    return !pool_.canTake(awaited_);
+  if (allAdded_) {
+    return pool_.isOverLimit() && settings_.mayUseWorkFiles;
   }
-  const std::size_t reserve = std::max<std::size_t>(pool_.arenaCount() / 4, 2);
-  return memoryWasShort_ && worker_.joinable() &&
-         pool_.available() < reserve * plan_.arenaSize;
+  if (awaited_ != 0 && !pool_.canTake(awaited_)) {
+    return true;
+  }
+  const std::size_t reserve = std::max<std::size_t>(pool_.arenaCount() / 4, 1);
+  return memoryWasShort_ && worker_.joinable() && pool_.available() < reserve * plan_.arenaSize;
 }
 
-/// Beside the caller a part of the runs, so that it can go on soon; else all, which makes long runs.
+/// Beside the caller a part of the runs, so that it can go on soon; else all, which makes long
+/// runs.
 void SortEngine::spill(Lock& lock) noexcept {
   const std::size_t most = runs_.runsInMemory();
   const std::size_t part = std::max<std::size_t>(pool_.arenaCount() / 4, 1);
@@ -305,9 +334,14 @@ void SortEngine::fillBatch(Lock& lock) noexcept {
   lock.unlock();
   const bool filled = runs_.fill(batch.get(), &isLast);
   lock.lock();
-  // The caller may have asked for a new beginning meanwhile.
-  (restarts_ ? empty_ : ready_).put(std::move(batch));
   allDelivered_ = isLast;
+  if (restarts_) {  // the caller has asked for a new beginning meanwhile
+    *batch = SortBatch();
+    empty_.put(std::move(batch));
+  } else {
+    largeBatchIsOut_ = batch->capacity > plan_.batchSize;
+    ready_.put(std::move(batch));
+  }
   if (!filled) {
     failAs(runs_);
   }

@@ -43,6 +43,9 @@ class SortEngine {
 
   /// Room for an item of up to `itemSize` bytes; null on failure.
   [[nodiscard]] unsigned char* roomFor(std::size_t itemSize) noexcept {
+    if (itemSize > largestItem_) [[unlikely]] {
+      leaveMemoryFor(itemSize);
+    }
     if (arena_ != nullptr && arena_->hasRoom(itemSize)) [[likely]] {
       return arena_->next();
     }
@@ -75,8 +78,10 @@ class SortEngine {
   using Lock = std::unique_lock<std::mutex>;
 
   // The caller's side
+  void leaveMemoryFor(std::size_t itemSize) noexcept;
   [[nodiscard]] bool changeArena(std::size_t itemSize) noexcept;
   void putInLine() noexcept;
+  void returnBatch() noexcept;
   [[nodiscard]] bool nextBatch() noexcept;
   [[nodiscard]] unsigned char* takeFromBatch() noexcept {
     unsigned char* const item = batch_->bytes.get() + batchRead_;
@@ -107,6 +112,8 @@ class SortEngine {
 
   // The caller's
   std::unique_ptr<SortArena> arena_;  // being filled
+  bool isPreparedToSpill_ = false;
+  std::size_t largestItem_;           // bytes for which there is memory as planned, or left by now
   std::unique_ptr<SortBatch> batch_;  // being read
   std::size_t batchRead_ = 0;         // bytes of it
 
@@ -120,6 +127,7 @@ class SortEngine {
   SortQueue<SortArena> line_;  // filled, to be sorted
   SortQueue<SortBatch> empty_;
   SortQueue<SortBatch> ready_;
+  bool largeBatchIsOut_ = false;  // one beyond the usual size, which has no other beside it
   ZvbString error_;
   std::size_t awaited_ = 0;  // bytes of the item for which the caller waits; 0: it does not
   bool failed_ = false;

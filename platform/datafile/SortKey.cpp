@@ -72,9 +72,9 @@ std::size_t sizeOf(const SortKey& key, zvbType type, const unsigned char* bytes,
     size = ZvbReal::orderedSizeOf(first);
   } else if (type == zvbTypeString) {
     const void* const zero = std::memchr(bytes, key.descending ? 0xFF : 0, rest);
-    size = zero == nullptr ? rest + 1
-                           : static_cast<std::size_t>(static_cast<const unsigned char*>(zero) -
-                                                      bytes) + 1;
+    size = zero == nullptr
+               ? rest + 1
+               : static_cast<std::size_t>(static_cast<const unsigned char*>(zero) - bytes) + 1;
   }
   return size <= rest ? size : 0;
 }

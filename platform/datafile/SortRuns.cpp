@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <new>
 #include <utility>
 
@@ -20,6 +21,8 @@ bool SortRuns::fail(ZvbString text) noexcept {
 }
 
 // ---- Spilling and merging
+
+bool SortRuns::prepareToSpill() noexcept { return writer_.makeBuffer() || fail(writer_.error()); }
 
 bool SortRuns::spill(std::size_t count, SortQueue<SortArena>* freed) noexcept {
   RunMerge merge;
@@ -85,8 +88,7 @@ bool SortRuns::mergeLevels() noexcept {
     const std::size_t atOnce = runsAtOnce();
     const std::size_t count = spilled_.size();
     std::size_t alike = 0;
-    while (alike < count &&
-           spilled_[count - 1 - alike].level == spilled_[count - 1].level) {
+    while (alike < count && spilled_[count - 1 - alike].level == spilled_[count - 1].level) {
       ++alike;
     }
     if (alike < atOnce) {
@@ -98,7 +100,7 @@ bool SortRuns::mergeLevels() noexcept {
   }
 }
 
-/// The newest runs are the shortest: merging them is the least work.
+/// Merges the neighbours that are the least work, so that no long run is written again and again.
 bool SortRuns::reduce() noexcept {
   for (;;) {
     const std::size_t atOnce = runsAtOnce();
@@ -106,13 +108,29 @@ bool SortRuns::reduce() noexcept {
       return true;
     }
     const std::size_t count = std::min(atOnce, spilled_.size() - atOnce + 1);
-    if (!mergeSpilled(spilled_.size() - count, count)) {
+    if (!mergeSpilled(shortestNeighbours(count), count)) {
       return false;
     }
   }
 }
 
-/// Merges the last `count` spilled runs, which begin at `first`, into one.
+/// Where the `count` spilled runs side by side begin that have the fewest bytes.
+std::size_t SortRuns::shortestNeighbours(std::size_t count) const noexcept {
+  std::int64_t bytes = 0;
+  std::int64_t fewest = std::numeric_limits<std::int64_t>::max();
+  std::size_t best = 0;
+  for (std::size_t i = 0; i < spilled_.size(); ++i) {
+    bytes += spilled_[i].file.size();
+    bytes -= i < count ? 0 : spilled_[i - count].file.size();
+    if (i + 1 >= count && bytes < fewest) {
+      fewest = bytes;
+      best = i + 1 - count;
+    }
+  }
+  return best;
+}
+
+/// Merges the `count` spilled runs from `first` on into one, which takes their place.
 bool SortRuns::mergeSpilled(std::size_t first, std::size_t count) noexcept {
   RunMerge merge;
   if (!merge.reserve(count)) {
@@ -129,10 +147,9 @@ bool SortRuns::mergeSpilled(std::size_t first, std::size_t count) noexcept {
     return false;
   }
   monitor_->runsMerged += static_cast<std::int64_t>(count);
-  spilled_.truncate(first);
-  if (!spilled_.append(std::move(merged))) {
-    return fail(DATAFILE_MESSAGE(outOfMemory, "(sort runs)"));
-  }
+  spilled_[first] = std::move(merged);
+  std::move(spilled_.begin() + first + count, spilled_.end(), spilled_.begin() + first + 1);
+  spilled_.truncate(spilled_.size() - (count - 1));
   return true;
 }
 

@@ -46,6 +46,9 @@ class SortRuns {
   void keep(std::unique_ptr<SortArena> arena) noexcept { arenas_.put(std::move(arena)); }
   [[nodiscard]] std::size_t runsInMemory() const noexcept { return arenas_.size(); }
 
+  /// Makes the buffer for writing work files while there is memory for it.
+  [[nodiscard]] bool prepareToSpill() noexcept;
+
   // The operations below return false with the reason in error(), and when the monitor says that
   // there is no use in going on.
 
@@ -64,6 +67,7 @@ class SortRuns {
  private:
   bool fail(ZvbString text) noexcept;
   [[nodiscard]] bool mergeLevels() noexcept;
+  [[nodiscard]] std::size_t shortestNeighbours(std::size_t count) const noexcept;
   [[nodiscard]] bool mergeSpilled(std::size_t first, std::size_t count) noexcept;
   [[nodiscard]] bool write(RunMerge* merge, SpilledRun* run) noexcept;
   [[nodiscard]] std::size_t runsAtOnce() const noexcept;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "base/zvb_memory.h"
+
 namespace {
 
 constexpr std::size_t kilobyte = 1024;
@@ -27,14 +29,23 @@ SortPlan::SortPlan(const SortSettings& settings) noexcept {
 
   blockSize = std::clamp(roundDown(forMerging / (wantedRuns + 4), smallestBlock), smallestBlock,
                          static_cast<std::size_t>(settings.readBuffer));
-  writeBuffer = roundDown(std::clamp(forMerging / 8, blockSize, std::max(blockSize, megabyte)),
-                          blockSize);
+  writeBuffer =
+      roundDown(std::clamp(forMerging / 8, blockSize, std::max(blockSize, megabyte)), blockSize);
   batchSize = std::clamp(forMerging / 32, kilobyte, 256 * kilobyte);
   const std::size_t besides = writeBuffer + batchCount * batchSize;
   runsAtOnce = std::clamp((forMerging - besides) / blockSize, std::size_t{2}, wantedRuns);
   mergeBuffers = runsAtOnce * blockSize;
   arenaMemory = memory - mergeBuffers - besides;
   arenaSize = std::min(largestArena, arenaMemory / arenasAtLeast);
+  while (zvbLargeSize(arenaSize) * arenasAtLeast > arenaMemory) {
+    arenaSize -= arenaSize / 16;  // until whole large pages fit
+  }
+  arenaSize = zvbLargeSize(arenaSize);
+}
+
+std::size_t SortPlan::leftForRecords(std::size_t largestRecord) const noexcept {
+  const std::size_t readers = std::max(2 * largestRecord, mergeBuffers) - mergeBuffers;
+  return readers + std::max(largestRecord, batchSize) - batchSize;
 }
 
 std::size_t SortPlan::runsOfRecords(std::size_t largestRecord) const noexcept {

@@ -9,7 +9,7 @@ struct SortSettings {
   bool secondThread = true;
   bool ignoreCase = false;
   bool spread = true;
-  std::int32_t runsMergedAtOnce = 16;
+  std::int32_t runsMergedAtOnce = 128;
   std::int64_t workFileLimit = 0;                    ///< bytes; 0 is none
   std::int64_t readBuffer = std::int64_t{64} << 10;  ///< bytes per run
   bool checksums = true;
@@ -39,4 +39,7 @@ struct SortPlan {
 
   /// The runs that can be merged at once when the largest record among them has so many bytes.
   [[nodiscard]] std::size_t runsOfRecords(std::size_t largestRecord) const noexcept;
+  /// Bytes that the arenas have to leave for records of that size: two of them at least have to be
+  /// read at once, and one be handed over.
+  [[nodiscard]] std::size_t leftForRecords(std::size_t largestRecord) const noexcept;
 };

@@ -23,8 +23,8 @@ bool WorkFiles::make(WorkFile* file, ZvbString* error) noexcept {
       return true;
     }
   }
-  *error = DATAFILE_MESSAGE(noDirectoryTakes, directories_.path(tried), status,
-                            np_fio_errdesc(status));
+  *error =
+      DATAFILE_MESSAGE(noDirectoryTakes, directories_.path(tried), status, np_fio_errdesc(status));
   return false;
 }
 

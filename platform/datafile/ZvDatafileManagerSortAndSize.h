@@ -6,14 +6,15 @@
 ///   2  ignore case          bool    texts compare without case         false
 ///   3  spread               bool    work files in all directories, in  true
 ///                                   turn; else in the first
-///   4  runs merged at once  32-bit  2 to 256 runs in work files        16
+///   4  runs merged at once  32-bit  2 to 256 runs in work files        128
 ///   5  work file limit      64-bit  bytes of one sort; 0: no limit     0
 ///   6  read buffer          64-bit  bytes per run, 4096 to 67108864    64 KiB
 ///   7  checksums            bool    work files are checked             true
 ///
-/// Memory is a ceiling for the records of a sort and all its buffers; only a record that is larger
-/// than the whole goes beyond it. It wins over the other settings: read buffers and the runs merged
-/// at once shrink until all fits. Settings count for the sorts that begin after them.
+/// Memory is a ceiling for the records of a sort and all its buffers; only records larger than a
+/// quarter of it go beyond, as two have to be compared and one be handed over. It wins over the
+/// other settings: read buffers and the runs merged at once shrink until all fits. Settings count
+/// for the sorts that begin after them.
 #pragma once
 
 #include <cstdint>

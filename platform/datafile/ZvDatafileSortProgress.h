@@ -20,7 +20,7 @@ struct ZvDatafileSortProgress {
   std::int64_t runsMerged;     ///< runs in work files that were merged into longer ones there
 };
 
-/// Called on the thread that adds or takes records, a few times a second at most and once more when
+/// Called on the thread that adds or takes records, fifty times a second at most and once more when
 /// the last record has been delivered. Return false to cancel the sort: the operation under way
 /// then fails and says so, and so does every later one. Must not throw, and must not use the table
 /// or the sorter that is being sorted.
