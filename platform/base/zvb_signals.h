@@ -3,8 +3,9 @@
 
 #include <cstdint>
 
-/// Holds back all signals from the calling thread while it lives. A thread that is started meanwhile
-/// never gets any: the host's handlers run on the host's threads. May be used on any thread.
+/// Holds back all signals from the calling thread while it lives. A thread that is started
+/// meanwhile never gets any: the host's handlers run on the host's threads. May be used on any
+/// thread.
 class ZvbSignalsHeld {
  public:
   ZvbSignalsHeld() noexcept;

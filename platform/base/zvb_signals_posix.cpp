@@ -1,8 +1,8 @@
 /// The POSIX half of holding signals back.
-#include "base/zvb_signals.h"
-
 #include <csignal>
 #include <cstring>
+
+#include "base/zvb_signals.h"
 
 ZvbSignalsHeld::ZvbSignalsHeld() noexcept {
   sigset_t all;

@@ -32,8 +32,8 @@ bool appendRandomName(char* end) noexcept {
 
 }  // namespace
 
-int fioSystem::createUnderRandomName(const char* directory, const char* prefix, char* path, int pathSize,
-                          File* file) noexcept {
+int fioSystem::createUnderRandomName(const char* directory, const char* prefix, char* path,
+                                     int pathSize, File* file) noexcept {
   constexpr int attempts = 16;
   std::array<char, npFioPathSize> name;
   const std::size_t prefixLength = std::strlen(prefix);

@@ -3,8 +3,8 @@
 /// A work file has no name that anybody could open, and its space is free again when it is closed
 /// or the process ends, however that comes. Transfers name their own place in the file, go straight
 /// to the system and are whole or fail. Statuses are those of np_fio.h.
-/// Thread rule: the functions may be called from several threads at once, also on one file, which is
-/// closed when none uses it any more.
+/// Thread rule: the functions may be called from several threads at once, also on one file, which
+/// is closed when none uses it any more.
 #pragma once
 
 #include <cstddef>
