@@ -28,8 +28,8 @@ class RunMerge {
   [[nodiscard]] bool reserve(std::size_t count) noexcept;
   /// Adds a run behind those added so far; the arena is sorted, and both outlive the merge.
   void add(const SortArena& arena) noexcept;
-  [[nodiscard]] bool add(const SpilledRun& run, const SortSettings& settings, const SortPlan& plan,
-                         ZvbString* error) noexcept;
+  [[nodiscard]] bool add(const SpilledRun& spilled, const SortSettings& settings,
+                         const SortPlan& plan, ZvbString* error) noexcept;
   /// Finds the first item. False with the reason in *error.
   [[nodiscard]] bool start(ZvbString* error) noexcept;
 
@@ -65,7 +65,7 @@ class RunMerge {
     std::uint32_t run;
   };
 
-  [[nodiscard]] bool step(Run& run, ZvbString* error) noexcept;
+  [[nodiscard]] static bool step(Run& run, ZvbString* error) noexcept;
   [[nodiscard]] Head headOf(std::size_t run) const noexcept;
   [[nodiscard]] bool isBefore(const Head& left, const Head& right) const noexcept {
     return left.high != right.high ? left.high < right.high : isBeforeInRest(left, right);
