@@ -292,7 +292,7 @@ bool SortEngine::needsSpilling() const noexcept {
 /// runs.
 void SortEngine::spill(Lock& lock) noexcept {
   const std::size_t most = runs_.runsInMemory();
-  const std::size_t part = std::max<std::size_t>(pool_.arenaCount() / 4, 1);
+  const std::size_t part = std::max<std::size_t>(pool_.arenaCount() / 3, 1);
   const std::size_t count = worker_.joinable() ? std::min(part, most) : most;
   SortQueue<SortArena> freed;
   lock.unlock();

@@ -12,8 +12,8 @@ constexpr std::size_t megabyte = 1024 * kilobyte;
 constexpr std::size_t smallestBlock = 4 * kilobyte;
 /// Sorting in pieces of this size stays near the processor's caches.
 constexpr std::size_t largestArena = 20 * megabyte;
-/// One is filled, one is sorted and written, one waits in between.
-constexpr std::size_t arenasAtLeast = 3;
+/// Fewer of them, and the two threads wait for one another.
+constexpr std::size_t arenasAtLeast = 6;
 
 constexpr std::size_t roundDown(std::size_t size, std::size_t unit) noexcept {
   return size / unit * unit;
