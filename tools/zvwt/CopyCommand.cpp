@@ -2,7 +2,6 @@
 
 #include "Commands.h"
 #include "Diagnostics.h"
-#include "DisplayText.h"
 #include "InterruptGuard.h"
 #include "NewTable.h"
 #include "Source.h"
@@ -38,12 +37,8 @@ ExitCode copyRows(const Source& source, std::int64_t maxElementSize, NewTable* t
 ExitCode runCopy(ZvWorkTableManager& manager, const CopyOptions& options) {
   Source source;
   std::string error;
-  if (!source.find(manager, options.source, &error)) {
+  if (!source.findForNewTable(manager, options.source, &error)) {
     return fail(error);
-  }
-  const std::string repeated = source.repeatedName();
-  if (!repeated.empty()) {
-    return fail("two columns would have the name " + quotedName(repeated));
   }
   const InterruptGuard guard;
   NewTable table(&manager);

@@ -126,6 +126,18 @@ bool Source::select(const std::string& list, const Columns& known, std::string* 
   return true;
 }
 
+bool Source::findForNewTable(ZvWorkTableManager& manager, const SourceOptions& options,
+                             std::string* error) {
+  if (!find(manager, options, error)) {
+    return false;
+  }
+  const std::string repeated = repeatedName();
+  if (!repeated.empty()) {
+    *error = "two columns would have the name " + quotedName(repeated);
+  }
+  return repeated.empty();
+}
+
 std::string Source::repeatedName() const {
   std::vector<const ZvbString*> names;
   for (const Column& column : columns_) {

@@ -20,14 +20,16 @@ class Source {
   /// Looks at the table. False with the reason in *error.
   [[nodiscard]] bool find(ZvWorkTableManager& manager, const SourceOptions& options,
                           std::string* error);
+  /// The same for a source that a new table is to be made of: no two of its columns may have one
+  /// name.
+  [[nodiscard]] bool findForNewTable(ZvWorkTableManager& manager, const SourceOptions& options,
+                                     std::string* error);
 
   /// The URI of the source, and that of other rows of its table with the same columns.
   [[nodiscard]] ZvbString uri() const;
   [[nodiscard]] ZvbString uri(const RowRange& rows) const;
 
   [[nodiscard]] const ZvbString& table() const { return table_; }
-  /// A name that two of the columns have; empty when there is none.
-  [[nodiscard]] std::string repeatedName() const;
   /// True when the columns are the table's, in their order and under their names.
   [[nodiscard]] bool isOfAllColumns() const { return isOfAllColumns_; }
   [[nodiscard]] bool isOfAllRows() const { return !hasRange_; }
@@ -36,6 +38,9 @@ class Source {
   [[nodiscard]] std::int64_t rowsOfTable() const { return rowsOfTable_; }
 
  private:
+  /// A name that two of the columns have; empty when there is none.
+  [[nodiscard]] std::string repeatedName() const;
+
   /// A column as URIs tell it, see ZvURI.h.
   struct Column {
     ZvbString name;
