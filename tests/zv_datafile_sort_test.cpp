@@ -365,8 +365,18 @@ TEST_F(Sorter, IsShapedByMemoryRunsAndReadBuffer) {
   EXPECT_LT(3 * sortNumbers(count).blocksSpilled, twoByTwo.blocksSpilled);
 }
 
+/// A thread that was joined can be listed for a moment longer.
+bool threadsAreSoon(std::int64_t count) {
+  for (int attempt = 0; attempt < 2000 && countThreads() != count; ++attempt) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return countThreads() == count;
+}
+
 TEST_F(Sorter, UsesASecondThreadWhenItMay) {
   ASSERT_TRUE(manager->sortAndSize0(64 * kilobyte));
+  std::thread([] {}).join();  // a sanitizer starts one of its own beside the first
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
   const std::int64_t before = countThreads();
   for (const bool second : {false, true}) {
     ASSERT_TRUE(manager->sortAndSize1(second));
@@ -375,9 +385,8 @@ TEST_F(Sorter, UsesASecondThreadWhenItMay) {
     EXPECT_EQ(before + int{second}, countThreads());
     ASSERT_EQ(0, sorter->sort());
     expectNumbers(*sorter, 10000);
-    EXPECT_GE(before + int{second}, countThreads());
   }
-  EXPECT_EQ(before, countThreads());
+  EXPECT_TRUE(threadsAreSoon(before));
 }
 
 TEST_F(Sorter, DoesWhatItsOptionsSay) {
