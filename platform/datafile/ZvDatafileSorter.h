@@ -55,7 +55,7 @@ class ZvDatafileSorter : public ZvDatafileSort {
   /// Ends the adding and puts the records in order.
   [[nodiscard]] virtual std::int32_t sort() = 0;
   /// Adds a record of values that lie elsewhere, one for each column, and spares the caller to
-  /// assign them to value() first: a seventh of the time that adding takes.
+  /// assign them to value() first: a fifth of the time that adding takes.
   [[nodiscard]] virtual std::int32_t addRecordOf(const ZvbDatavar* const* values) = 0;
 
  protected:
