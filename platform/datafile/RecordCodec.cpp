@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cmath>
 #include <cstring>
 #include <new>
 #include <utility>
@@ -27,10 +26,6 @@ constexpr std::size_t longText = 255;
 constexpr std::size_t largestReal = 1 + 4 + largestCoefficient;
 constexpr std::size_t textHead = 5;  // at most
 
-std::uint64_t lowestFirst(std::uint64_t word) noexcept {
-  return std::endian::native == std::endian::little ? word : zvbReverseBytes(word);
-}
-
 /// The bytes that a number needs, 1 to 8.
 std::size_t bytesOf(std::uint64_t number) noexcept {
   return (static_cast<std::size_t>(std::bit_width(number | 1U)) + 7) / 8;
@@ -38,13 +33,13 @@ std::size_t bytesOf(std::uint64_t number) noexcept {
 
 /// Writes all 8 bytes; what comes next overwrites those that are not needed.
 void putNumber(unsigned char* bytes, std::uint64_t number) noexcept {
-  put(bytes, lowestFirst(number));
+  put(bytes, zvbLowestFirst(number));
 }
 
 /// A number of 1 to 8 bytes, behind which there are at least slack bytes.
 std::uint64_t getNumber(const unsigned char* bytes, std::size_t size) noexcept {
   const std::size_t unused = 64 - 8 * size;
-  return lowestFirst(get<std::uint64_t>(bytes)) << unused >> unused;
+  return zvbLowestFirst(get<std::uint64_t>(bytes)) << unused >> unused;
 }
 
 unsigned char* writeInteger(std::int64_t integer, unsigned char* bytes) noexcept {
@@ -64,7 +59,7 @@ unsigned char* writeReal(const ZvbReal& real, unsigned char* bytes) noexcept {
   const std::size_t size = words[2] == 0 ? bytesOf(words[1]) : 8 + bytesOf(words[2]);
   bytes[0] = static_cast<unsigned char>(((words[0] & packedSign) != 0 ? realSign : 0) |
                                         (isLong ? realLongExponent : 0) | size << realSizeShift);
-  put(bytes + 1, static_cast<std::uint32_t>(lowestFirst(words[0] & 0xFFFFFFFFU)));
+  put(bytes + 1, static_cast<std::uint32_t>(zvbLowestFirst(words[0] & 0xFFFFFFFFU)));
   bytes += isLong ? 5 : 2;
   putNumber(bytes, words[1]);
   if (words[2] != 0) [[unlikely]] {
@@ -142,7 +137,7 @@ unsigned char* writeOther(const ZvbDatavar& value, unsigned char* bytes) noexcep
   return writeTyped(type, value, bytes + 1);
 }
 
-/// Reads forms one after another and never beyond their end; `next` is null once they have run out.
+/// Reads forms one after another and never beyond their end.
 class FormReader {
  public:
   FormReader(const unsigned char* bytes, std::size_t size) noexcept

@@ -66,7 +66,6 @@ bool RunMerge::start(ZvbString* error) noexcept {
 /// Makes the run's next item its head. False when it could not be read.
 bool RunMerge::step(Run& run, ZvbString* error) noexcept {
   if (run.reader != nullptr) {
-    error->setNull();
     run.item = run.reader->next(error);
     if (run.item == nullptr) [[unlikely]] {
       return error->isEmpty();

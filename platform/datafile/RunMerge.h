@@ -30,7 +30,7 @@ class RunMerge {
   void add(const SortArena& arena) noexcept;
   [[nodiscard]] bool add(const SpilledRun& spilled, const SortSettings& settings,
                          const SortPlan& plan, ZvbString* error) noexcept;
-  /// Finds the first item. False with the reason in *error.
+  /// Finds the first item. False with the reason in *error, which is empty before, here and below.
   [[nodiscard]] bool start(ZvbString* error) noexcept;
 
   /// The next item in order, or null behind the last one; valid until advance().

@@ -24,7 +24,6 @@ void SortArena::clear() noexcept {
   used_ = 0;
   last_ = reinterpret_cast<SortEntry*>(bytes_ + size_ / sizeof(SortEntry) * sizeof(SortEntry));
   first_ = last_;
-  largestItem_ = 0;
   inOrder_ = true;
 }
 
@@ -32,9 +31,7 @@ void SortArena::add(const SortItem& item) noexcept {
   const SortEntry entry = SortEntry::of(KeyPrefix::of(item.key, item.keySize, 0), used_);
   inOrder_ = inOrder_ && followsLast(entry, item);
   *--first_ = entry;
-  const auto size = static_cast<std::size_t>(item.end() - next());
-  largestItem_ = std::max(largestItem_, size);
-  used_ += size;
+  used_ += static_cast<std::size_t>(item.end() - next());
 }
 
 bool SortArena::followsLast(const SortEntry& entry, const SortItem& item) const noexcept {

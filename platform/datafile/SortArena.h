@@ -47,8 +47,6 @@ class SortArena {
     return {first_, entryCount()};
   }
   [[nodiscard]] const unsigned char* bytes() const noexcept { return bytes_; }
-  /// In bytes, head included.
-  [[nodiscard]] std::size_t largestItem() const noexcept { return largestItem_; }
 
   SortArena* nextInLine = nullptr;  ///< for whoever queues it
 
@@ -68,6 +66,5 @@ class SortArena {
   std::size_t used_ = 0;
   SortEntry* first_ = nullptr;  // the entry added last, until they are sorted
   SortEntry* last_ = nullptr;
-  std::size_t largestItem_ = 0;
   bool inOrder_ = true;  // the items have come in the order of their keys
 };

@@ -117,8 +117,8 @@ struct KeyPrefix {
   static KeyPrefix of(const unsigned char* key, std::size_t keySize, std::size_t from) noexcept {
     const std::size_t left = keySize > from ? keySize - from : 0;
     if (left >= size) [[likely]] {
-      return {bigEndian(sortItem::get<std::uint64_t>(key + from)),
-              bigEndian(sortItem::get<std::uint32_t>(key + from + 8))};
+      return {zvbHighestFirst(sortItem::get<std::uint64_t>(key + from)),
+              highestFirst(sortItem::get<std::uint32_t>(key + from + 8))};
     }
     unsigned char padded[size] = {};
     std::memcpy(padded, key + keySize - left, left);
@@ -126,13 +126,10 @@ struct KeyPrefix {
   }
 
  private:
-  static constexpr bool swaps = std::endian::native == std::endian::little;
-
-  static std::uint64_t bigEndian(std::uint64_t word) noexcept {
-    return swaps ? zvbReverseBytes(word) : word;
-  }
-  static std::uint32_t bigEndian(std::uint32_t word) noexcept {
-    return swaps ? static_cast<std::uint32_t>(zvbReverseBytes(word) >> 32U) : word;
+  static std::uint32_t highestFirst(std::uint32_t word) noexcept {
+    return std::endian::native == std::endian::big
+               ? word
+               : static_cast<std::uint32_t>(zvbReverseBytes(word) >> 32U);
   }
 };
 

@@ -14,7 +14,7 @@ constexpr unsigned char nullLast = 2;
 constexpr std::uint64_t signBit = std::uint64_t{1} << 63;
 
 void putWord(unsigned char* bytes, std::uint64_t word) noexcept {
-  word = std::endian::native == std::endian::little ? zvbReverseBytes(word) : word;
+  word = zvbHighestFirst(word);
   std::memcpy(bytes, &word, sizeof word);
 }
 
@@ -82,7 +82,7 @@ std::size_t sizeOf(const SortKey& key, zvbType type, const unsigned char* bytes,
 std::uint64_t getWord(const unsigned char* bytes) noexcept {
   std::uint64_t word = 0;
   std::memcpy(&word, bytes, sizeof word);
-  return std::endian::native == std::endian::little ? zvbReverseBytes(word) : word;
+  return zvbHighestFirst(word);
 }
 
 void assignValue(const SortKey& key, zvbType type, unsigned char* bytes, std::size_t size,
