@@ -82,18 +82,6 @@ std::size_t put(char (&text)[capacity], std::string_view word) noexcept {
 
 }  // namespace
 
-ZvbDatavar::~ZvbDatavar() = default;
-
-void ZvbDatavar::assign(const ZvbReal& real) noexcept {
-  hold(real.isNull() ? Held::null : Held::real, zvbTypeReal);
-  real.asFD(&number_.packed);
-}
-
-void ZvbDatavar::assign(const ZvbDate& date) noexcept {
-  hold(date.isNull() ? Held::null : Held::date, zvbTypeDate);
-  number_.binary = date.days();
-}
-
 void ZvbDatavar::assign(zvbType type, const void* data, unsigned size, bool swap) noexcept {
   type = knownType(type);
   if (type == zvbTypeString) {
@@ -185,7 +173,7 @@ double ZvbDatavar::convertToDouble(bool* failed) const noexcept {
   return 0;
 }
 
-ZvbReal ZvbDatavar::asReal(bool* failed) const noexcept {
+ZvbReal ZvbDatavar::convertToReal(bool* failed) const noexcept {
   switch (held_) {
     case Held::boolean:
       return ZvbReal::fromInt64(number_.boolean ? 1 : 0);
@@ -241,12 +229,12 @@ std::size_t ZvbDatavar::writeText(char (&text)[ZvbReal::textCapacity]) const noe
 ZvbString ZvbDatavar::asString() const noexcept {
   ZvbString result;
   if (held_ == Held::text) {
-    result.assign(text_.data(), text_.size());
+    result.assign(text_);
     return result;
   }
   char text[ZvbReal::textCapacity];
   const std::size_t size = writeText(text);
-  result.assign(size == 0 ? nullptr : text, size);
+  result.assignBytes(size == 0 ? nullptr : text, size);
   return result;
 }
 

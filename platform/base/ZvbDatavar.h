@@ -49,7 +49,7 @@ class ZVB_API ZvbDatavar {
     }
     return *this;
   }
-  virtual ~ZvbDatavar();
+  virtual ~ZvbDatavar() = default;
 
   void assign(bool value) noexcept {
     hold(Held::boolean, zvbTypeBoolean);
@@ -81,6 +81,13 @@ class ZVB_API ZvbDatavar {
                          ? size
                          : static_cast<std::size_t>(static_cast<const char*>(end) - text));
   }
+  /// The first `size` bytes, none of which is zero, of a text behind whose start at least
+  /// ZvbText::inlineCapacity + 1 bytes can be read: the fastest way for texts that lie in a buffer.
+  void assignPadded(const char* text, std::size_t size) noexcept {
+    type_ = zvbTypeString;
+    memoryShort_ = !text_.assignPadded(text, size);
+    held_ = memoryShort_ ? Held::null : Held::text;
+  }
   /// A null string makes a null, an empty one does not.
   void assign(const ZvbString& text) noexcept {
     const bool isNull = text.isNull() || text.memoryShort();
@@ -88,8 +95,14 @@ class ZVB_API ZvbDatavar {
     memoryShort_ = memoryShort_ || text.memoryShort();
   }
   /// A null number or date makes a null of that type.
-  void assign(const ZvbReal& real) noexcept;
-  void assign(const ZvbDate& date) noexcept;
+  void assign(const ZvbReal& real) noexcept {
+    hold(real.isNull() ? Held::null : Held::real, zvbTypeReal);
+    real.asFD(&number_.packed);
+  }
+  void assign(const ZvbDate& date) noexcept {
+    hold(date.isNull() ? Held::null : Held::date, zvbTypeDate);
+    number_.binary = date.days();
+  }
   /// From raw bytes: the 24 bytes of a packed real (see ZvbReal.h), the 8 bytes of an integer or of
   /// a date's days, the one byte of a boolean, the bytes of a text. `swap` when the numbers among
   /// them were written in the other byte order. A size that does not fit the type makes a null.
@@ -107,7 +120,9 @@ class ZVB_API ZvbDatavar {
   [[nodiscard]] double asDouble(bool* failed) const noexcept {
     return held_ == Held::date || held_ == Held::binary ? number_.binary : convertToDouble(failed);
   }
-  [[nodiscard]] ZvbReal asReal(bool* failed) const noexcept;
+  [[nodiscard]] ZvbReal asReal(bool* failed) const noexcept {
+    return held_ == Held::real ? packedReal() : convertToReal(failed);
+  }
   /// A null date when the value cannot be converted.
   [[nodiscard]] ZvbDate asDate() const noexcept {
     return held_ == Held::date ? ZvbDate::fromDays(number_.binary) : convertToDate();
@@ -161,7 +176,7 @@ class ZVB_API ZvbDatavar {
     memoryShort_ = other.memoryShort_;
     if (held_ != Held::text) {
       number_ = other.number_;
-    } else if (!text_.assign(other.text_.data(), other.text_.size())) {
+    } else if (!text_.assign(other.text_)) [[unlikely]] {
       held_ = Held::null;
       memoryShort_ = true;
     }
@@ -170,13 +185,12 @@ class ZVB_API ZvbDatavar {
   [[nodiscard]] bool convertToBool(bool* failed) const noexcept;
   [[nodiscard]] std::int64_t convertToInt64(bool* failed) const noexcept;
   [[nodiscard]] double convertToDouble(bool* failed) const noexcept;
+  [[nodiscard]] ZvbReal convertToReal(bool* failed) const noexcept;
   [[nodiscard]] ZvbDate convertToDate() const noexcept;
   /// The text of anything but a text; the result is its size, 0 when there is none.
   std::size_t writeText(char (&text)[ZvbReal::textCapacity]) const noexcept;
   [[nodiscard]] bool convertTo(zvbType type) noexcept;
-  [[nodiscard]] ZvbReal packedReal() const noexcept {
-    return ZvbReal::fromFD(number_.packed, false);
-  }
+  [[nodiscard]] ZvbReal packedReal() const noexcept { return ZvbReal::fromKnownFD(number_.packed); }
 
   zvbType type_ = zvbTypeString;
   Held held_ = Held::null;

@@ -1,6 +1,7 @@
 #include "base/ZvbDate.h"
 
-#include <cmath>
+#include <array>
+#include <cstring>
 
 #include "base/zvb_scan.h"
 
@@ -18,7 +19,7 @@ struct Civil {
 
 // The two conversions count in years that begin on March 1, so that a leap day comes last, and in
 // eras of 400 such years, after which the calendar repeats. Eras begin at 0000-03-01.
-constexpr std::int64_t daysPerEra = 146097;
+constexpr std::int32_t daysPerEra = 146097;
 constexpr std::int64_t epochOffset = 719468;  // 1970-01-01, in days since 0000-03-01
 
 constexpr std::int64_t floorDivide(std::int64_t number, std::int64_t divisor) noexcept {
@@ -35,16 +36,17 @@ constexpr std::int64_t daysFromCivil(Civil date) noexcept {
   return era * daysPerEra + dayOfEra - epochOffset;
 }
 
+/// Of a day of the years 1 to 9999, which 32 bits hold and divide fastest.
 constexpr Civil civilFromDays(std::int64_t days) noexcept {
-  const std::int64_t sinceStart = days + epochOffset;
-  const std::int64_t era = floorDivide(sinceStart, daysPerEra);
-  const std::int64_t dayOfEra = sinceStart - era * daysPerEra;
-  const std::int64_t leapDays = dayOfEra / 1460 - dayOfEra / 36524 + dayOfEra / 146096;
-  const std::int64_t yearOfEra = (dayOfEra - leapDays) / 365;
-  const std::int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-  const std::int64_t monthFromMarch = (5 * dayOfYear + 2) / 153;
-  const std::int64_t day = dayOfYear - (153 * monthFromMarch + 2) / 5 + 1;
-  const std::int64_t month = monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9;
+  const auto sinceStart = static_cast<std::uint32_t>(days + epochOffset);
+  const std::uint32_t era = sinceStart / daysPerEra;
+  const std::uint32_t dayOfEra = sinceStart % daysPerEra;
+  const std::uint32_t leapDays = dayOfEra / 1460 - dayOfEra / 36524 + dayOfEra / 146096;
+  const std::uint32_t yearOfEra = (dayOfEra - leapDays) / 365;
+  const std::uint32_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+  const std::uint32_t monthFromMarch = (5 * dayOfYear + 2) / 153;
+  const std::uint32_t day = dayOfYear - (153 * monthFromMarch + 2) / 5 + 1;
+  const std::uint32_t month = monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9;
   return {era * 400 + yearOfEra + (month <= 2 ? 1 : 0), month, day};
 }
 
@@ -130,30 +132,48 @@ bool takeTime(Reader* reader, std::int64_t* nanoseconds) noexcept {
   return hour < 24 && minute < 60 && second < 60;
 }
 
-char* putNumber(char* at, int width, std::int64_t number) noexcept {
-  for (int place = width - 1; place >= 0; --place, number /= 10) {
-    at[place] = static_cast<char>('0' + number % 10);
+/// "00" to "99", one after another.
+constexpr auto pairsOfDigits = [] {
+  std::array<char, 200> pairs = {};
+  for (std::size_t i = 0; i < pairs.size() / 2; ++i) {
+    pairs[2 * i] = static_cast<char>('0' + i / 10);
+    pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
   }
-  return at + width;
+  return pairs;
+}();
+
+/// A number below 100 in two digits.
+char* putPair(char* at, std::uint32_t number) noexcept {
+  std::memcpy(at, &pairsOfDigits[std::size_t{2} * number], 2);
+  return at + 2;
 }
 
 char* putDay(char* at, std::int64_t day) noexcept {
   const Civil date = civilFromDays(day);
-  at = putNumber(at, 4, date.year);
+  at = putPair(at, static_cast<std::uint32_t>(date.year) / 100);
+  at = putPair(at, static_cast<std::uint32_t>(date.year) % 100);
   *at++ = '-';
-  at = putNumber(at, 2, date.month);
+  at = putPair(at, static_cast<std::uint32_t>(date.month));
   *at++ = '-';
-  return putNumber(at, 2, date.day);
+  return putPair(at, static_cast<std::uint32_t>(date.day));
 }
 
-char* putTime(char* at, std::int64_t milliseconds) noexcept {
-  at = putNumber(at, 2, milliseconds / 3'600'000);
+char* putTime(char* at, std::uint32_t milliseconds) noexcept {
+  at = putPair(at, milliseconds / 3'600'000);
   *at++ = ':';
-  at = putNumber(at, 2, milliseconds / 60'000 % 60);
+  at = putPair(at, milliseconds / 60'000 % 60);
   *at++ = ':';
-  at = putNumber(at, 2, milliseconds / 1000 % 60);
+  at = putPair(at, milliseconds / 1000 % 60);
   *at++ = '.';
-  return putNumber(at, 3, milliseconds % 1000);
+  at = putPair(at, milliseconds % 1000 / 10);
+  *at++ = static_cast<char>('0' + milliseconds % 10);
+  return at;
+}
+
+/// The nearest integer of a number that is not negative.
+std::int64_t roundToNearest(double number) noexcept {
+  const auto whole = static_cast<std::int64_t>(number);
+  return whole + (number - static_cast<double>(whole) >= 0.5 ? 1 : 0);
 }
 
 }  // namespace
@@ -178,20 +198,19 @@ ZvbString ZvbDate::asString(bool forPeople) const noexcept {
   char text[textCapacity];
   const std::size_t size = toText(text, forPeople);
   ZvbString result;
-  result.assign(size == 0 ? nullptr : text, size);
+  result.assignBytes(size == 0 ? nullptr : text, size);
   return result;
 }
 
 std::size_t ZvbDate::toText(char (&text)[textCapacity], bool forPeople) const noexcept {
-  const double wholeDays = std::floor(days_);
   // The day before the first one may still round up to it; NaN compares false.
-  if (!(wholeDays >= static_cast<double>(firstDay - 1) &&
-        wholeDays <= static_cast<double>(lastDay))) {
+  if (!(days_ >= static_cast<double>(firstDay - 1) && days_ < static_cast<double>(lastDay + 1))) {
     return 0;
   }
-  auto day = static_cast<std::int64_t>(wholeDays);
+  auto day = static_cast<std::int64_t>(days_);
+  day -= static_cast<double>(day) > days_ ? 1 : 0;
   std::int64_t milliseconds =
-      std::llround((days_ - wholeDays) * static_cast<double>(millisecondsPerDay));
+      roundToNearest((days_ - static_cast<double>(day)) * static_cast<double>(millisecondsPerDay));
   if (milliseconds == millisecondsPerDay) {
     milliseconds = 0;
     ++day;
@@ -202,7 +221,7 @@ std::size_t ZvbDate::toText(char (&text)[textCapacity], bool forPeople) const no
   char* end = putDay(text, day);
   if (!forPeople || milliseconds != 0) {
     *end++ = forPeople ? ' ' : 'T';
-    end = putTime(end, milliseconds);
+    end = putTime(end, static_cast<std::uint32_t>(milliseconds));
   }
   return static_cast<std::size_t>(end - text);
 }

@@ -70,18 +70,27 @@ struct Digits {
   std::int64_t trailingZeros = 0;  // those left out
 };
 
-Digits writeDigits(ZvbWide coefficient) noexcept {
-  Digits digits;
-  digits.size = countDigits(coefficient);
-  char* end = digits.text + digits.size;
-  while (end != digits.text) {
+/// Writes the digits of a coefficient of more than 64 bits; their number.
+std::int64_t writeWideDigits(ZvbWide coefficient, char* text) noexcept {
+  const int size = countDigits(coefficient);
+  char* end = text + size;
+  while (end != text) {
     const ZvbQuotient part = zvbDivide(coefficient, powerOfTen(wordDigits));
     std::uint64_t word = part.remainder;
-    for (int left = wordDigits; left != 0 && end != digits.text; --left, word /= 10) {
+    for (int left = wordDigits; left != 0 && end != text; --left, word /= 10) {
       *--end = static_cast<char>('0' + word % 10);
     }
     coefficient = part.quotient;
   }
+  return size;
+}
+
+Digits writeDigits(ZvbWide coefficient) noexcept {
+  Digits digits;
+  char* text = digits.text;
+  digits.size = coefficient.high != 0
+                    ? writeWideDigits(coefficient, text)
+                    : std::to_chars(text, text + sizeof digits.text, coefficient.low).ptr - text;
   while (digits.size > 1 && digits.text[digits.size - 1] == '0') {
     --digits.size;
     ++digits.trailingZeros;

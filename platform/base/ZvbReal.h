@@ -45,10 +45,21 @@ class ZVB_API ZvbReal {
   [[nodiscard]] static ZvbReal fromFD(const std::uint64_t (&words)[3], bool swap) noexcept {
     return swap ? fromSwappedFD(words) : fromWords(words[0], words[1], words[2]);
   }
+  /// From words that asFD has filled, which are not looked at again.
+  [[nodiscard]] static ZvbReal fromKnownFD(const std::uint64_t (&words)[3]) noexcept {
+    ZvbReal real;
+    real.words_[0] = words[0];
+    real.words_[1] = words[1];
+    real.words_[2] = words[2];
+    return real;
+  }
 
   /// Fills the packed form.
   void asFD(std::uint64_t (*words)[3]) const noexcept {
-    std::memcpy(*words, words_, sizeof words_);
+    // Word by word, which lets the compiler keep them in registers.
+    (*words)[0] = words_[0];
+    (*words)[1] = words_[1];
+    (*words)[2] = words_[2];
   }
   [[nodiscard]] bool isNull() const noexcept { return (words_[0] & nullBit) != 0; }
   [[nodiscard]] bool isZero() const noexcept {

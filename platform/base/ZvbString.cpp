@@ -79,13 +79,13 @@ std::string_view writeDigits(char (&digits)[24], Number number) noexcept {
 
 ZvbString::ZvbString(const char* text, bool /*literal*/) noexcept { assign(text); }
 
-ZvbString::ZvbString(const ZvbString& other) noexcept { *this = other; }
-
-ZvbString::ZvbString(ZvbString&& other) noexcept { *this = static_cast<ZvbString&&>(other); }
-
 ZvbString& ZvbString::operator=(const ZvbString& other) noexcept {
   if (this != &other) {
-    assignBytes(other.isNull_ ? nullptr : other.asCstr(), other.text_.size());
+    if (other.isNull_) {
+      setNull();
+    } else {
+      assign(other.text_);
+    }
     memoryShort_ = memoryShort_ || other.memoryShort_;
   }
   return *this;
@@ -125,21 +125,6 @@ void ZvbString::assign(std::int64_t number) noexcept {
   char digits[24];
   const std::string_view text = writeDigits(digits, number);
   assignBytes(text.data(), text.size());
-}
-
-void ZvbString::assignBytes(const char* text, std::size_t size) noexcept {
-  if (text == nullptr) {
-    setNull();
-    return;
-  }
-  memoryShort_ = !text_.assign(text, size);
-  isNull_ = isNull_ && memoryShort_;
-}
-
-void ZvbString::setNull() noexcept {
-  text_.clear();
-  isNull_ = true;
-  memoryShort_ = false;
 }
 
 void ZvbString::append(const char* text, bool* failed) noexcept {

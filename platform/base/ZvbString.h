@@ -19,8 +19,8 @@ class ZVB_API ZvbString {
   /// A copy of `text`; a null pointer makes a null string. `literal` is true for texts that live as
   /// long as the program; it is a remark to the reader and changes nothing.
   ZvbString(const char* text, bool literal = false) noexcept;
-  ZvbString(const ZvbString& other) noexcept;
-  ZvbString(ZvbString&& other) noexcept;
+  ZvbString(const ZvbString& other) noexcept { *this = other; }
+  ZvbString(ZvbString&& other) noexcept { *this = static_cast<ZvbString&&>(other); }
   ZvbString& operator=(const ZvbString& other) noexcept;
   ZvbString& operator=(ZvbString&& other) noexcept;
   virtual ~ZvbString() = default;
@@ -33,6 +33,20 @@ class ZVB_API ZvbString {
   void assign(const char* text) noexcept;
   /// Replaces the text by `size` bytes, or by those before the first zero byte among them.
   void assign(const char* text, std::size_t size) noexcept;
+  /// Replaces the text by `size` bytes, none of which is zero; a null pointer makes it null.
+  void assignBytes(const char* text, std::size_t size) noexcept {
+    if (text == nullptr) {
+      setNull();
+      return;
+    }
+    memoryShort_ = !text_.assign(text, size);
+    isNull_ = isNull_ && memoryShort_;
+  }
+  /// Replaces the text by that of a variant or of another string.
+  void assign(const ZvbText& text) noexcept {
+    memoryShort_ = !text_.assign(text);
+    isNull_ = isNull_ && memoryShort_;
+  }
   /// Replaces the text by the number's decimal digits.
   void assign(int number) noexcept;
   void assign(std::int64_t number) noexcept;
@@ -70,7 +84,11 @@ class ZVB_API ZvbString {
   [[nodiscard]] std::string_view asView() const noexcept { return text_.view(); }
 
   /// Makes the string null: without text, and told apart from an empty one by isNull.
-  void setNull() noexcept;
+  void setNull() noexcept {
+    text_.clear();
+    isNull_ = true;
+    memoryShort_ = false;
+  }
   [[nodiscard]] bool isNull() const noexcept { return isNull_; }
   [[nodiscard]] bool isEmpty() const noexcept { return text_.size() == 0; }
   /// True when the last assignment or construction found no memory for its text, or was a copy of
@@ -78,8 +96,6 @@ class ZVB_API ZvbString {
   [[nodiscard]] bool memoryShort() const noexcept { return memoryShort_; }
 
  private:
-  void assignBytes(const char* text, std::size_t size) noexcept;
-
   ZvbText text_;
   bool isNull_ = false;
   bool memoryShort_ = false;

@@ -35,6 +35,31 @@ class ZvbText {
     return assignLong(text, size);
   }
 
+  /// Replaces the text by another one's, which may be this one.
+  [[nodiscard]] bool assign(const ZvbText& other) noexcept {
+    if (other.size_ <= inlineCapacity) [[likely]] {
+      char copy[sizeof inline_];  // through registers, where a move within itself costs a call
+      std::memcpy(copy, other.inline_, sizeof copy);
+      std::memcpy(inline_, copy, sizeof copy);
+      size_ = other.size_;
+      return true;
+    }
+    return assignLong(other.heap_, other.size_);
+  }
+
+  /// As assign, for a text behind whose start at least inlineCapacity + 1 bytes can be read: short
+  /// texts are copied together with what follows them, which takes no decision on their size. The
+  /// text may not be part of this one.
+  [[nodiscard]] bool assignPadded(const char* text, std::size_t size) noexcept {
+    if (size <= inlineCapacity) [[likely]] {
+      std::memcpy(inline_, text, sizeof inline_);
+      inline_[size] = '\0';
+      size_ = static_cast<std::uint32_t>(size);
+      return true;
+    }
+    return assignLong(text, size);
+  }
+
   /// Adds `size` bytes at the end; result and aliasing as for assign.
   [[nodiscard]] ZVB_API bool append(const char* text, std::size_t size) noexcept;
 

@@ -39,6 +39,11 @@ constexpr int npFioPathSize = 260;
 /// The most bytes that np_fio_peek and np_fio_reserve give at once.
 constexpr int npFioPeekLimit = 64 * 1024;
 
+/// Behind the bytes that np_fio_readable and np_fio_writable give lie this many more of the buffer,
+/// which may be read and written over but mean nothing: short pieces can be copied without a look
+/// at their size.
+constexpr int npFioSlack = 64;
+
 /// Open modes of np_fio_open.
 enum NpFioMode : int {
   npFioRead = 1,        ///< reads; others may do anything
@@ -117,12 +122,14 @@ int np_fio_close(np_fio_handle file) noexcept;
 /// opened or last flushed.
 [[nodiscard]] int np_fio_status(np_fio_handle file) noexcept;
 
-/// What the functions below do when the buffer alone cannot serve them.
-int np_fio_getbSlow(np_fio_handle file, void* buffer, int count) noexcept;
-int np_fio_putbSlow(np_fio_handle file, const void* buffer, int count) noexcept;
-std::int64_t np_fio_seekSlow(np_fio_handle file, std::int64_t offset, int whence) noexcept;
-const unsigned char* np_fio_peekSlow(np_fio_handle file, int count) noexcept;
-unsigned char* np_fio_reserveSlow(np_fio_handle file, int count) noexcept;
+/// What the functions below do when the buffer alone cannot serve them. Kept out of line so that
+/// what is inline stays small wherever it is used.
+[[gnu::noinline]] int np_fio_getbSlow(np_fio_handle file, void* buffer, int count) noexcept;
+[[gnu::noinline]] int np_fio_putbSlow(np_fio_handle file, const void* buffer, int count) noexcept;
+[[gnu::noinline]] std::int64_t np_fio_seekSlow(np_fio_handle file, std::int64_t offset,
+                                               int whence) noexcept;
+[[gnu::noinline]] const unsigned char* np_fio_peekSlow(np_fio_handle file, int count) noexcept;
+[[gnu::noinline]] unsigned char* np_fio_reserveSlow(np_fio_handle file, int count) noexcept;
 
 /// Reads up to `count` bytes; the number read. Fewer: the end of the file or a failure.
 [[nodiscard]] inline int np_fio_getb(np_fio_handle file, void* buffer, int count) noexcept {
@@ -181,3 +188,23 @@ inline void np_fio_consume(np_fio_handle file, int count) noexcept { file->curso
 
 /// Counts the first `count` bytes of the room that np_fio_reserve has given as written.
 inline void np_fio_commit(np_fio_handle file, int count) noexcept { file->cursor += count; }
+
+/// A part of a handle's buffer, empty when `next` is not below `end`. Valid until the next call on
+/// the handle.
+template <typename Byte>
+struct np_fio_part {
+  Byte* next;
+  const unsigned char* end;
+};
+
+/// The bytes at the position that the buffer holds and that np_fio_consume may move past. None tell
+/// nothing: np_fio_getb and np_fio_peek fill the buffer.
+[[nodiscard]] inline np_fio_part<const unsigned char> np_fio_readable(np_fio_handle file) noexcept {
+  return {file->cursor, file->readEnd};
+}
+
+/// The room at the position that the buffer has and that np_fio_commit may count as written. None
+/// tells nothing: np_fio_putb and np_fio_reserve make room.
+[[nodiscard]] inline np_fio_part<unsigned char> np_fio_writable(np_fio_handle file) noexcept {
+  return {file->cursor, file->writeEnd};
+}

@@ -76,7 +76,7 @@ bool ensureBuffer(OpenFile& file) noexcept {
   if (file.buffer != nullptr) {
     return true;
   }
-  file.buffer.reset(new (std::nothrow) unsigned char[bufferSize]);
+  file.buffer.reset(new (std::nothrow) unsigned char[bufferSize + npFioSlack]);
   if (file.buffer == nullptr) {
     return fail(file, npFioNoMemory);
   }
@@ -200,6 +200,7 @@ void load(OpenFile& file, std::size_t needed) noexcept {
   if (size != 0) {
     file.loadedOffset = start;
     file.loadedSize = size;
+    std::memset(file.begin + size, 0, npFioSlack);
   }
   if (size > before) {
     readLoadedAt(file, offset);
