@@ -19,4 +19,9 @@ struct ColumnDefinition {
   std::uint32_t targetCount = 0;
   /// The places in the caller's row that get the value; none: the place of the column's own number.
   std::unique_ptr<std::int32_t[]> targets;
+
+  /// The first of those places, of a column with this number that has any.
+  [[nodiscard]] std::int32_t firstTarget(std::int32_t number) const noexcept {
+    return targets == nullptr ? number : targets[0];
+  }
 };

@@ -103,10 +103,12 @@ class DataElement {
 
   bool seekToEnd() noexcept;
   bool readIndexEntry(std::int64_t* offset) const noexcept;
-  bool enterFirstRow() noexcept;
+  [[gnu::noinline]] bool enterFirstRow() noexcept;
   [[nodiscard]] valueCodec::Source valueSource() const noexcept;
-  valueCodec::Result decodeRow(ZvbDatavar* const* targets, int valueCount,
-                               int* columnsRead) noexcept;
+  // Out of line, so that it takes no registers from the reading of whole rows.
+  [[gnu::noinline]] valueCodec::Result decodeRow(ZvbDatavar* const* targets, int valueCount,
+                                                 int* columnsRead) noexcept;
+  valueCodec::Result decodeWholeRow(ZvbDatavar* const* targets, int* columnsRead) noexcept;
   bool passRest(int columnsRead) noexcept;
   bool placeForwards(int valueCount, int columnsRead) noexcept;
   bool placeBackwards() noexcept;

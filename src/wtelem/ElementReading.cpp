@@ -1,6 +1,7 @@
 /// Reading an element's rows, forwards and backwards.
 #include "wtelem/DataElement.h"
 #include "wtelem/FileFields.h"
+#include "wtelem/ValueStream.h"
 #include "wtelem/messages.h"
 
 using valueCodec::Result;
@@ -58,19 +59,17 @@ bool DataElement::readIndexEntry(std::int64_t* offset) const noexcept {
 bool DataElement::readRow(ZvbDatavar* const* targets, int valueCount, bool* endOfData) noexcept {
   const bool backwards = table_.readsBackwards;
   *endOfData = false;
-  if (backwards && !positioned_ && rowCount_ > 0 && !seekRow(rowCount_ - 1)) {
+  if (fresh_ && !enterFirstRow()) [[unlikely]] {
     return false;
   }
-  if (backwards ? currentRow_ < 0 || rowCount_ == 0 : currentRow_ >= rowCount_) {
+  if (backwards ? currentRow_ < 0 || rowCount_ == 0 : currentRow_ >= rowCount_) [[unlikely]] {
     *endOfData = true;
     return false;
   }
-  if (fresh_ && !enterFirstRow()) {
-    return fail(WT_MESSAGE(shortRead, "column"));
-  }
   currentRow_ += backwards ? -1 : 1;
   int columnsRead = 0;
-  const Result result = decodeRow(targets, valueCount, &columnsRead);
+  const Result result = table_.readsWholeRows ? decodeWholeRow(targets, &columnsRead)
+                                              : decodeRow(targets, valueCount, &columnsRead);
   if (result != Result::done) [[unlikely]] {
     standAtCurrentRow();
     return failAfter(result, WT_MESSAGE(shortRead, "column"));
@@ -96,48 +95,74 @@ valueCodec::Source DataElement::valueSource() const noexcept {
   return {.file = data_.handle, .swap = table_.otherByteOrder, .buffer = &table_.stringBuffer};
 }
 
-/// Steps over the index entry of row 0, which nothing needs: row 0 begins where the file begins.
+/// Reading backwards, places at the last row; forwards, steps over the index entry of row 0, which
+/// nothing needs: row 0 begins where the file begins.
 bool DataElement::enterFirstRow() noexcept {
+  if (table_.readsBackwards && !positioned_ && rowCount_ > 0 && !seekRow(rowCount_ - 1)) {
+    return false;
+  }
   std::int64_t ignored = 0;
   const bool stepOver = !positioned_ && currentRow_ < rowCount_ && index_.handle != nullptr;
   fresh_ = false;
-  return !stepOver || readIndexEntry(&ignored);
+  return !stepOver || readIndexEntry(&ignored) || fail(WT_MESSAGE(shortRead, "column"));
+}
+
+Result DataElement::decodeWholeRow(ZvbDatavar* const* targets, int* columnsRead) noexcept {
+  ValueReader reader(valueSource(), &readOffset_);
+  const int columnCount = table_.columnCount;
+  for (int column = 0; column < columnCount; ++column) {
+    const Result result = reader.read(targets[column]);
+    if (result != Result::done) [[unlikely]] {
+      return result;
+    }
+  }
+  reader.finish();
+  *columnsRead = columnCount;
+  return Result::done;
+}
+
+/// Gives the value of a column's first target to the others.
+[[gnu::noinline]] static void deliverAgain(const ColumnDefinition& definition,
+                                           ZvbDatavar* const* targets) noexcept {
+  const std::int32_t* places = definition.targets.get();
+  for (std::uint32_t i = 1; i < definition.targetCount; ++i) {
+    *targets[places[i]] = *targets[places[0]];
+  }
 }
 
 Result DataElement::decodeRow(ZvbDatavar* const* targets, int valueCount,
                               int* columnsRead) noexcept {
-  const valueCodec::Source source = valueSource();
+  ValueReader reader(valueSource(), &readOffset_);
   const ColumnDefinition* columns = table_.columns.get();
   const int columnCount = table_.columnCount;
   int column = 0;
   for (; column < columnCount && valueCount >= 1; ++column) {
     const ColumnDefinition& definition = columns[column];
-    const std::int32_t* places = definition.targets.get();
-    ZvbDatavar* target = nullptr;
-    if (definition.targetCount != 0) [[likely]] {
-      target = targets[places == nullptr ? column : places[0]];
-    }
-    const Result result = valueCodec::decodeValue(source, target, &readOffset_);
+    const bool isDelivered = definition.targetCount != 0;
+    const Result result =
+        isDelivered ? reader.read(targets[definition.firstTarget(column)]) : reader.pass();
     if (result != Result::done) [[unlikely]] {
       return result;
     }
-    for (std::uint32_t i = 1; i < definition.targetCount; ++i) {
-      *targets[places[i]] = *target;
+    if (definition.targetCount > 1) [[unlikely]] {
+      deliverAgain(definition, targets);
     }
     valueCount -= static_cast<int>(definition.targetCount);
   }
+  reader.finish();
   *columnsRead = column;
   return Result::done;
 }
 
 /// Passes over the columns of a row that were not read, value by value.
 bool DataElement::passRest(int columnsRead) noexcept {
-  const valueCodec::Source source = valueSource();
+  ValueReader reader(valueSource(), &readOffset_);
   for (int column = columnsRead; column < table_.columnCount; ++column) {
-    if (valueCodec::decodeValue(source, nullptr, &readOffset_) != Result::done) {
+    if (reader.pass() != Result::done) {
       return false;
     }
   }
+  reader.finish();
   return true;
 }
 

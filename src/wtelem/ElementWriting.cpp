@@ -3,6 +3,7 @@
 
 #include "wtelem/DataElement.h"
 #include "wtelem/FileFields.h"
+#include "wtelem/ValueStream.h"
 #include "wtelem/messages.h"
 
 using valueCodec::Result;
@@ -40,12 +41,14 @@ Result DataElement::encodeRow(const ZvbDatavar* const* values, std::int64_t* siz
   }
   ColumnDefinition* columns = table_.columns.get();
   const int columnCount = table_.columnCount;
+  ValueWriter writer(data_.handle, size);
   for (int i = 0; i < columnCount; ++i) {
-    const Result result = valueCodec::encodeValue(&columns[i], *values[i], data_.handle, size);
+    const Result result = writer.write(&columns[i], *values[i]);
     if (result != Result::done) [[unlikely]] {
       return result;
     }
   }
+  writer.finish();
   return Result::done;
 }
 

@@ -9,14 +9,18 @@
 ///             takes 1 byte below 128, else 4 bytes, big-endian, with bit 7 of the first one set
 ///
 /// Dates, integers and reals are in the byte order of the machine that wrote them.
-/// All of it is inline: writing and reading rows is little else than this.
+///
+/// Writing and reading rows is little else than this, so a value that lies whole in a file's buffer
+/// is written or read there, inline and without a call (the operations InPlace). What does not, at
+/// the buffer's ends and for long texts, goes through the file's operations (encodeValue,
+/// decodeValue).
 #pragma once
 
 #include <bit>
 #include <cstdint>
-#include <string_view>
 
 #include "base/ZvbDatavar.h"
+#include "base/zvb_zero.h"
 #include "fio/np_fio.h"
 #include "wtelem/ColumnDefinition.h"
 #include "wtelem/FileFields.h"
@@ -27,7 +31,10 @@ namespace valueCodec {
 inline constexpr unsigned char nullBit = 0x80;
 inline constexpr unsigned char longLengthBit = 0x80;
 inline constexpr std::uint32_t shortLengthEnd = 128;
-inline constexpr int largestFixedPayload = 24;
+inline constexpr int fixedValueSize = 1 + 24;  ///< bytes of the largest value that is no text
+/// Texts of up to this many bytes, terminator included, are read and written in place.
+inline constexpr int shortTextSize = ZvbText::inlineCapacity + 1;
+static_assert(shortTextSize <= npFioSlack);
 
 enum class Result : std::uint8_t {
   done,
@@ -39,153 +46,20 @@ constexpr unsigned char tagOf(StorageCode code) noexcept {
   return static_cast<unsigned char>(code);
 }
 
-/// Writes a tag and a payload of `payloadSize` bytes, which `fill` puts in place.
-template <int payloadSize, typename Fill>
-Result writeFixed(unsigned char tag, np_fio_handle file, std::int64_t* offset,
-                  const Fill& fill) noexcept {
-  unsigned char* room = np_fio_reserve(file, 1 + payloadSize);
-  if (room == nullptr) {
-    return Result::fileFailed;
+/// The bytes of a value by its tag, which is counted; 0 for a text and for what is no tag.
+constexpr int fixedSizeOf(unsigned char tag) noexcept {
+  constexpr unsigned char sizes[] = {0, 1 + 1, 1 + 8, 1 + 8, 1 + 24};
+  if (tag < sizeof sizes) {
+    return sizes[tag];
   }
-  room[0] = tag;
-  fill(room + 1);
-  np_fio_commit(file, 1 + payloadSize);
-  *offset += 1 + payloadSize;
-  return Result::done;
-}
-
-inline Result writeNull(unsigned char code, np_fio_handle file, std::int64_t* offset) noexcept {
-  return writeFixed<0>(code | nullBit, file, offset, [](unsigned char*) {});
-}
-
-inline Result writeBoolean(const ZvbDatavar& value, np_fio_handle file,
-                           std::int64_t* offset) noexcept {
-  bool failed = false;
-  const bool boolean = value.asBool(&failed);
-  if (failed) {
-    return writeNull(tagOf(StorageCode::boolean), file, offset);
-  }
-  return writeFixed<1>(tagOf(StorageCode::boolean), file, offset,
-                       [boolean](unsigned char* payload) { payload[0] = boolean ? 1 : 0; });
-}
-
-inline Result writeDate(const ZvbDatavar& value, np_fio_handle file,
-                        std::int64_t* offset) noexcept {
-  bool failed = value.asDate().isNull();
-  const double days = failed ? 0 : value.asDouble(&failed);
-  if (failed) {
-    return writeNull(tagOf(StorageCode::date), file, offset);
-  }
-  return writeFixed<8>(tagOf(StorageCode::date), file, offset, [days](unsigned char* payload) {
-    storeField(payload, std::bit_cast<std::int64_t>(days));
-  });
-}
-
-inline Result writeInteger(const ZvbDatavar& value, np_fio_handle file,
-                           std::int64_t* offset) noexcept {
-  bool failed = false;
-  const std::int64_t integer = value.asInt64(&failed);
-  if (failed) {
-    return writeNull(tagOf(StorageCode::integer), file, offset);
-  }
-  return writeFixed<8>(tagOf(StorageCode::integer), file, offset,
-                       [integer](unsigned char* payload) { storeField(payload, integer); });
-}
-
-inline Result writeReal(const ZvbDatavar& value, np_fio_handle file,
-                        std::int64_t* offset) noexcept {
-  bool failed = false;
-  const ZvbReal real = value.asReal(&failed);
-  if (failed || real.isNull()) {
-    return writeNull(tagOf(StorageCode::real), file, offset);
-  }
-  return writeFixed<24>(tagOf(StorageCode::real), file, offset, [&real](unsigned char* payload) {
-    std::uint64_t words[3];
-    real.asFD(&words);
-    std::memcpy(payload, words, sizeof words);
-  });
-}
-
-/// Writes a text and its terminator, which follows it only if it was not cut.
-inline Result writeTextBytes(std::string_view text, bool cut, ColumnDefinition* column,
-                             np_fio_handle file, std::int64_t* offset) noexcept {
-  const auto length = static_cast<std::uint32_t>(text.size()) + 1;
-  unsigned char* head = np_fio_reserve(file, 5);
-  if (head == nullptr) {
-    return Result::fileFailed;
-  }
-  head[0] = tagOf(StorageCode::text);
-  int headSize = 2;
-  if (length < shortLengthEnd) {
-    head[1] = static_cast<unsigned char>(length);
-  } else {
-    head[1] = static_cast<unsigned char>(longLengthBit | (length >> 24));
-    head[2] = static_cast<unsigned char>(length >> 16);
-    head[3] = static_cast<unsigned char>(length >> 8);
-    head[4] = static_cast<unsigned char>(length);
-    headSize = 5;
-  }
-  np_fio_commit(file, headSize);
-  const int together = static_cast<int>(cut ? length - 1 : length);
-  if (together != 0 && np_fio_putb(file, text.data(), together) != together) {
-    return Result::fileFailed;
-  }
-  if (cut && np_fio_putb(file, "", 1) != 1) {
-    return Result::fileFailed;
-  }
-  *offset += headSize + static_cast<std::int64_t>(length);
-  if (static_cast<std::int32_t>(length) > column->maxLength) {
-    column->maxLength = static_cast<std::int32_t>(length);
-  }
-  return Result::done;
-}
-
-inline Result writeCutText(std::string_view text, ColumnDefinition* column, np_fio_handle file,
-                           std::int64_t* offset) noexcept {
-  const auto width = static_cast<std::size_t>(column->width);
-  if (column->width < 1 || text.size() <= width) [[likely]] {
-    return writeTextBytes(text, false, column, file, offset);
-  }
-  const std::size_t size = zvbCutAtCharacter(text.data(), text.size(), width);
-  return writeTextBytes(text.substr(0, size), true, column, file, offset);
-}
-
-inline Result writeText(const ZvbDatavar& value, ColumnDefinition* column, np_fio_handle file,
-                        std::int64_t* offset) noexcept {
-  if (value.holdsText()) [[likely]] {
-    return writeCutText(value.asTextView(), column, file, offset);
-  }
-  const ZvbString text = value.asString();
-  if (text.memoryShort()) {
-    return Result::memoryShort;
-  }
-  if (text.isNull()) {
-    return writeNull(tagOf(StorageCode::text), file, offset);
-  }
-  return writeCutText(text.asView(), column, file, offset);
+  return (tag & nullBit) != 0 ? 1 : 0;
 }
 
 /// Appends one value, converted to its column's type, and counts its bytes in *offset. A value that
 /// cannot be converted is written as a null of the column's code. After a failure some of the bytes
 /// may have been written.
-inline Result encodeValue(ColumnDefinition* column, const ZvbDatavar& value, np_fio_handle file,
-                          std::int64_t* offset) noexcept {
-  if (value.isNull()) {
-    return value.memoryShort() ? Result::memoryShort : writeNull(0, file, offset);
-  }
-  switch (column->storageCode) {
-    case StorageCode::boolean:
-      return writeBoolean(value, file, offset);
-    case StorageCode::date:
-      return writeDate(value, file, offset);
-    case StorageCode::integer:
-      return writeInteger(value, file, offset);
-    case StorageCode::real:
-      return writeReal(value, file, offset);
-    default:
-      return writeText(value, column, file, offset);
-  }
-}
+[[nodiscard, gnu::noinline]] Result encodeValue(ColumnDefinition* column, const ZvbDatavar& value,
+                                                np_fio_handle file, std::int64_t* offset) noexcept;
 
 /// What is common to all values read from one file.
 struct Source {
@@ -194,108 +68,181 @@ struct Source {
   StringReadBuffer* buffer;  // for long texts
 };
 
-/// Reads a payload of `size` bytes and gives it to `take`, or skips it when there is no target.
-template <int size, typename Take>
-Result readFixed(const Source& source, ZvbDatavar* target, std::int64_t* offset,
-                 const Take& take) noexcept {
-  *offset += size;
-  if (target == nullptr) {
-    return np_fio_seek64(source.file, size, npFioFromHere) < 0 ? Result::fileFailed : Result::done;
-  }
-  unsigned char payload[size];
-  if (np_fio_getb(source.file, payload, size) != size) {
-    return Result::fileFailed;
-  }
-  take(payload);
-  return Result::done;
-}
-
-inline bool readTextLength(np_fio_handle file, std::int32_t* length,
-                           std::int64_t* offset) noexcept {
-  unsigned char first;
-  if (np_fio_getb(file, &first, 1) != 1) {
-    return false;
-  }
-  *offset += 1;
-  *length = first;
-  if ((first & longLengthBit) != 0) {
-    unsigned char rest[3];
-    if (np_fio_getb(file, rest, 3) != 3) {
-      return false;
-    }
-    *offset += 3;
-    *length = ((first & ~longLengthBit) << 24) | (rest[0] << 16) | (rest[1] << 8) | rest[2];
-  }
-  return *length > 0;
-}
-
-inline Result readText(const Source& source, ZvbDatavar* target, std::int64_t* offset) noexcept {
-  std::int32_t length = 0;
-  if (!readTextLength(source.file, &length, offset)) {
-    return Result::fileFailed;
-  }
-  *offset += length;
-  if (target == nullptr) {
-    return np_fio_seek64(source.file, length, npFioFromHere) < 0 ? Result::fileFailed
-                                                                 : Result::done;
-  }
-  if (length > source.buffer->limit()) {
-    return Result::fileFailed;
-  }
-  if (length <= npFioPeekLimit) [[likely]] {
-    const unsigned char* bytes = np_fio_peek(source.file, length);
-    if (bytes == nullptr) {
-      return Result::fileFailed;
-    }
-    target->assign(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length));
-    np_fio_consume(source.file, length);
-  } else {
-    const char* bytes = source.buffer->read(source.file, length);
-    if (bytes == nullptr) {
-      return Result::fileFailed;
-    }
-    target->assign(bytes, static_cast<std::size_t>(length));
-  }
-  return target->memoryShort() ? Result::memoryShort : Result::done;
-}
-
 /// Reads one value into `target`, or passes over it when that is null, and counts its bytes in
 /// *offset. The tag alone tells the type.
-inline Result decodeValue(const Source& source, ZvbDatavar* target, std::int64_t* offset) noexcept {
-  unsigned char tag;
-  if (np_fio_getb(source.file, &tag, 1) != 1) {
-    return Result::fileFailed;
+[[nodiscard, gnu::noinline]] Result decodeValue(Source source, ZvbDatavar* target,
+                                                std::int64_t* offset) noexcept;
+
+// ---- In place: the result is the place behind the value; null, and nothing is done, when it does
+// not fit in front of `end` or is of a kind that is not dealt with in place.
+
+/// Puts a tag and a payload.
+template <typename Payload>
+unsigned char* putInPlace(StorageCode code, const Payload& payload, unsigned char* at,
+                          const unsigned char* end) noexcept {
+  if (end - at < static_cast<std::ptrdiff_t>(1 + sizeof payload)) [[unlikely]] {
+    return nullptr;
   }
-  *offset += 1;
-  if ((tag & nullBit) != 0) {
-    if (target != nullptr) {
-      target->setNull();
+  at[0] = tagOf(code);
+  std::memcpy(at + 1, &payload, sizeof payload);
+  return at + 1 + sizeof payload;
+}
+
+inline unsigned char* putNullInPlace(unsigned char code, unsigned char* at,
+                                     const unsigned char* end) noexcept {
+  if (at >= end) [[unlikely]] {
+    return nullptr;
+  }
+  at[0] = code | nullBit;
+  return at + 1;
+}
+
+/// putTextInPlace of a text that the variant does not hold inside.
+[[gnu::noinline]] unsigned char* putLongTextInPlace(ColumnDefinition* column,
+                                                    const ZvbDatavar& value, unsigned char* at,
+                                                    const unsigned char* end) noexcept;
+
+inline unsigned char* putTextInPlace(ColumnDefinition* column, const ZvbDatavar& value,
+                                     unsigned char* at, const unsigned char* end) noexcept {
+  const std::size_t size = value.asTextView().size();
+  const auto length = static_cast<std::int32_t>(size) + 1;
+  const bool isCut = column->width >= 1 && length > column->width + 1;
+  if (!value.holdsText() || isCut) [[unlikely]] {
+    return nullptr;
+  }
+  if (size >= shortTextSize) {
+    return putLongTextInPlace(column, value, at, end);
+  }
+  if (end - at < 2 + length) [[unlikely]] {
+    return nullptr;
+  }
+  at[0] = tagOf(StorageCode::text);
+  at[1] = static_cast<unsigned char>(length);
+  value.copyTextTo(reinterpret_cast<char*>(at) + 2);
+  if (length > column->maxLength) [[unlikely]] {
+    column->maxLength = length;
+  }
+  return at + 2 + length;
+}
+
+/// encodeValue in place.
+inline unsigned char* encodeInPlace(ColumnDefinition* column, const ZvbDatavar& value,
+                                    unsigned char* at, const unsigned char* end) noexcept {
+  if (value.isNull()) {
+    return value.memoryShort() ? nullptr : putNullInPlace(0, at, end);
+  }
+  const StorageCode code = column->storageCode;
+  bool failed = false;
+  switch (code) {
+    case StorageCode::boolean: {
+      const auto boolean = static_cast<unsigned char>(value.asBool(&failed) ? 1 : 0);
+      return failed ? putNullInPlace(tagOf(code), at, end) : putInPlace(code, boolean, at, end);
     }
-    return Result::done;
-  }
-  switch (static_cast<StorageCode>(tag)) {
-    case StorageCode::boolean:
-      return readFixed<1>(source, target, offset, [target](const unsigned char* payload) {
-        target->assign(payload[0] != 0);
-      });
-    case StorageCode::date:
-      return readFixed<8>(source, target, offset, [&](const unsigned char* payload) {
-        target->assign(std::bit_cast<double>(loadField<std::int64_t>(payload, source.swap)));
-        target->setType(zvbTypeDate);
-      });
-    case StorageCode::integer:
-      return readFixed<8>(source, target, offset, [&](const unsigned char* payload) {
-        target->assign(loadField<std::int64_t>(payload, source.swap));
-      });
-    case StorageCode::real:
-      return readFixed<24>(source, target, offset, [&](const unsigned char* payload) {
-        target->assign(zvbTypeReal, payload, 24, source.swap);
-      });
-    case StorageCode::text:
-      return readText(source, target, offset);
+    case StorageCode::date: {
+      failed = value.asDate().isNull();
+      const double days = failed ? 0 : value.asDouble(&failed);
+      return failed ? putNullInPlace(tagOf(code), at, end) : putInPlace(code, days, at, end);
+    }
+    case StorageCode::integer: {
+      const std::int64_t integer = value.asInt64(&failed);
+      return failed ? putNullInPlace(tagOf(code), at, end) : putInPlace(code, integer, at, end);
+    }
+    case StorageCode::real: {
+      const ZvbReal real = value.asReal(&failed);
+      std::uint64_t words[3];
+      real.asFD(&words);
+      failed = failed || real.isNull();
+      return failed ? putNullInPlace(tagOf(code), at, end) : putInPlace(code, words, at, end);
+    }
     default:
-      return Result::fileFailed;
+      return putTextInPlace(column, value, at, end);
   }
+}
+
+/// A number of 8 bytes, read where it lies.
+template <typename Number>
+Number numberAt(const unsigned char* bytes, bool swap) noexcept {
+  return std::bit_cast<Number>(loadField<std::int64_t>(bytes, swap));
+}
+
+/// readTextInPlace of a text that the variant does not hold inside.
+[[gnu::noinline]] const unsigned char* readLongTextInPlace(std::int32_t limit, ZvbDatavar* target,
+                                                           const unsigned char* at,
+                                                           const unsigned char* end) noexcept;
+
+inline const unsigned char* readTextInPlace(const Source& source, ZvbDatavar* target,
+                                            const unsigned char* at,
+                                            const unsigned char* end) noexcept {
+  const int length = at[1];
+  if (length > shortTextSize) {
+    return readLongTextInPlace(source.buffer->limit(), target, at, end);
+  }
+  if (length < 1 || end - at < 2 + length || length > source.buffer->limit()) [[unlikely]] {
+    return nullptr;
+  }
+  const char* text = reinterpret_cast<const char*>(at) + 2;
+  target->assignPadded(text, zvbPaddedTextSize(text, static_cast<std::size_t>(length)));
+  return at + 2 + length;
+}
+
+/// decodeInPlace of anything but a text.
+inline const unsigned char* decodeFixedInPlace(const Source& source, ZvbDatavar* target,
+                                               const unsigned char* at,
+                                               const unsigned char* end) noexcept {
+  const auto holds = [at, end](std::ptrdiff_t payloadSize) { return end - at > payloadSize; };
+  switch (static_cast<StorageCode>(at[0])) {
+    case StorageCode::boolean:
+      if (holds(1)) [[likely]] {
+        target->assign(at[1] != 0);
+        return at + 2;
+      }
+      return nullptr;
+    case StorageCode::date:
+      if (holds(8)) [[likely]] {
+        target->assign(numberAt<double>(at + 1, source.swap));
+        target->setType(zvbTypeDate);
+        return at + 9;
+      }
+      return nullptr;
+    case StorageCode::integer:
+      if (holds(8)) [[likely]] {
+        target->assign(numberAt<std::int64_t>(at + 1, source.swap));
+        return at + 9;
+      }
+      return nullptr;
+    case StorageCode::real:
+      if (holds(24)) [[likely]] {
+        std::uint64_t words[3];
+        std::memcpy(words, at + 1, sizeof words);
+        target->assign(ZvbReal::fromFD(words, source.swap));
+        return at + 25;
+      }
+      return nullptr;
+    default:
+      if ((at[0] & nullBit) == 0) {
+        return nullptr;
+      }
+      target->setNull();
+      return at + 1;
+  }
+}
+
+/// decodeValue in place, into a target. There is at least one byte in front of `end`.
+inline const unsigned char* decodeInPlace(const Source& source, ZvbDatavar* target,
+                                          const unsigned char* at,
+                                          const unsigned char* end) noexcept {
+  return at[0] == tagOf(StorageCode::text) ? readTextInPlace(source, target, at, end)
+                                           : decodeFixedInPlace(source, target, at, end);
+}
+
+/// decodeValue in place, without a target. There is at least one byte in front of `end`.
+inline const unsigned char* passInPlace(const unsigned char* at,
+                                        const unsigned char* end) noexcept {
+  int size = fixedSizeOf(at[0]);
+  if (at[0] == tagOf(StorageCode::text) && at[1] != 0 && (at[1] & longLengthBit) == 0) {
+    size = 2 + at[1];
+  }
+  return size == 0 || end - at < size ? nullptr : at + size;
 }
 
 }  // namespace valueCodec

@@ -58,6 +58,7 @@ bool ZVWTFileImpl::finishOpening(bool selected) noexcept {
     return false;
   }
   state_.stringBuffer.setLimit(selection_.longestText());
+  state_.readsWholeRows = !selection_.exists();
   return true;
 }
 

@@ -9,10 +9,18 @@
 
 namespace {
 
-/// Points entry i of the vector at value i. The vector is made at its first use, and filled again
-/// only when the values lie elsewhere than last time. False when memory is short.
+/// True when entry i of the vector points at value i. Two rows are never the same values but for
+/// rows without any, which have a vector all the same.
 template <typename Value>
-bool pointAt(std::unique_ptr<Value*[]>& vector, Value* values, int count) noexcept {
+bool pointsAt(const std::unique_ptr<Value*[]>& vector, const void* values) noexcept {
+  return vector != nullptr && vector[0] == values;
+}
+
+/// Points entry i of the vector, which is made at its first use, at value i. False when memory is
+/// short.
+template <typename Value>
+[[gnu::noinline]] bool pointAt(std::unique_ptr<Value*[]>& vector, Value* values,
+                               int count) noexcept {
   const auto entries = static_cast<std::size_t>(count);
   if (vector == nullptr) {
     vector.reset(new (std::nothrow) Value*[std::max<std::size_t>(entries, 1)]());
@@ -20,10 +28,8 @@ bool pointAt(std::unique_ptr<Value*[]>& vector, Value* values, int count) noexce
       return false;
     }
   }
-  if (vector[0] != values) {
-    for (std::size_t i = 0; i < entries; ++i) {
-      vector[i] = values + i;
-    }
+  for (std::size_t i = 0; i < entries; ++i) {
+    vector[i] = values + i;
   }
   return true;
 }
@@ -33,7 +39,8 @@ bool pointAt(std::unique_ptr<Value*[]>& vector, Value* values, int count) noexce
 // ---- Writing
 
 bool ZVWTFileImpl::writeRow(const ZvbDatavar* values) noexcept {
-  if (!pointAt(writeVector_, values, state_.columnCount)) {
+  if (!pointsAt(writeVector_, values) && !pointAt(writeVector_, values, state_.columnCount))
+      [[unlikely]] {
     return fail(WT_MESSAGE(outOfMemory, "(column value vector)"));
   }
   return writeRow(writeVector_.get());
@@ -102,7 +109,8 @@ bool ZVWTFileImpl::growElements() noexcept {
 // ---- Reading
 
 bool ZVWTFileImpl::readRow(ZvbDatavar* values, bool* endOfTable) noexcept {
-  if (!pointAt(readVector_, values, getColumnCount())) {
+  if (!pointsAt(readVector_, values) && !pointAt(readVector_, values, getColumnCount()))
+      [[unlikely]] {
     *endOfTable = false;
     return fail(WT_MESSAGE(outOfMemory, "(column value vector)"));
   }
@@ -116,12 +124,11 @@ bool ZVWTFileImpl::readRow(ZvbDatavar* const* values, bool* endOfTable) noexcept
   }
   const int valueCount = selection_.storedCount();
   for (;;) {
-    if (pastRange() ||
-        (current_ == nullptr && (nextElement_ < 0 || nextElement_ >= elementCount_))) {
+    if (pastRange()) [[unlikely]] {
       *endOfTable = true;
       return false;
     }
-    if (current_ == nullptr && !openNextElement()) {
+    if (current_ == nullptr && !openNextElement(endOfTable)) [[unlikely]] {
       return false;
     }
     if (selection_.hasConstants() && !selection_.deliverConstants(values)) {
@@ -129,7 +136,7 @@ bool ZVWTFileImpl::readRow(ZvbDatavar* const* values, bool* endOfTable) noexcept
     }
     bool endOfData = false;
     const bool read = current_->readRow(values, valueCount, &endOfData);
-    if (!endOfData) {
+    if (!endOfData) [[likely]] {
       rowPosition_ += state_.readsBackwards ? -1 : 1;
       return read || failAs(*current_);
     }
@@ -142,7 +149,11 @@ bool ZVWTFileImpl::pastRange() const noexcept {
                                : rangeEnd_ != -1 && rowPosition_ >= rangeEnd_;
 }
 
-bool ZVWTFileImpl::openNextElement() noexcept {
+bool ZVWTFileImpl::openNextElement(bool* endOfTable) noexcept {
+  if (nextElement_ < 0 || nextElement_ >= elementCount_) {
+    *endOfTable = true;
+    return false;
+  }
   DataElement& element = *elements_[static_cast<std::size_t>(nextElement_)];
   if (!element.open(true)) {
     element.abandon();

@@ -165,7 +165,7 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   bool refuseRow() noexcept;
   bool startElement() noexcept;
   bool growElements() noexcept;
-  bool openNextElement() noexcept;
+  [[gnu::noinline]] bool openNextElement(bool* endOfTable) noexcept;
   [[nodiscard]] bool pastRange() const noexcept;
   void leaveElement() noexcept;
 
