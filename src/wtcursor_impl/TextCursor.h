@@ -15,7 +15,10 @@ class TextCursor : public Interface {
   bool isValid() noexcept override { return engine_.isValid(); }
   ZvbString columnName(int index) noexcept override { return engine_.columnName(index); }
   int columnCount() noexcept override { return engine_.columnCount(); }
-  ZvbString value(int index) noexcept override { return engine_.value(index).asString(); }
+  ZvbString value(int index) noexcept override {
+    const ZvbDatavar* value = engine_.findValue(index);
+    return value != nullptr ? value->asString() : ZvbDatavar().asString();
+  }
   ZvbString errorMessage() noexcept override { return engine_.errorMessage(); }
   bool rowCount(std::int64_t* count) noexcept override { return engine_.rowCount(count); }
   int next() noexcept override { return engine_.next(); }

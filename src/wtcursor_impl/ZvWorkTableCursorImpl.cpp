@@ -27,8 +27,14 @@ bool ZvWorkTableCursorImpl::failAs(ZVWTFileImpl& table) noexcept {
   return fail(table.getErrorMessage());
 }
 
-bool ZvWorkTableCursorImpl::hasTable() noexcept {
-  return table_ != nullptr || fail(WT_MESSAGE(cursorLacks, "work table"));
+bool ZvWorkTableCursorImpl::lackTable() noexcept {
+  return fail(WT_MESSAGE(cursorLacks, "work table"));
+}
+
+bool ZvWorkTableCursorImpl::lackColumn() noexcept { return fail(WT_MESSAGE(noSuchColumn)); }
+
+bool ZvWorkTableCursorImpl::lackRow() noexcept {
+  return fail(WT_MESSAGE(cursorLacks, "row that was read"));
 }
 
 /// For questions to which "none" is an answer: it does not replace the reason of a failure.
@@ -38,13 +44,6 @@ bool ZvWorkTableCursorImpl::queryTable() noexcept {
 
 bool ZvWorkTableCursorImpl::hasManager() noexcept {
   return manager_ != nullptr || fail(WT_MESSAGE(cursorLacks, "manager"));
-}
-
-/// Asked of the cursor rather than of the table: a failure of the table's own would cost one that
-/// was just created its files.
-bool ZvWorkTableCursorImpl::hasColumn(int index) noexcept {
-  return hasTable() &&
-         ((index >= 0 && index < table_->getColumnCount()) || fail(WT_MESSAGE(noSuchColumn)));
 }
 
 bool ZvWorkTableCursorImpl::describeColumn(int index, Column* column) noexcept {
@@ -81,14 +80,6 @@ zvbType ZvWorkTableCursorImpl::columnType(int index) noexcept {
 
 int ZvWorkTableCursorImpl::columnCount() noexcept {
   return queryTable() ? table_->getColumnCount() : 0;
-}
-
-ZvbDatavar ZvWorkTableCursorImpl::value(int index) noexcept {
-  if (!hasColumn(index) ||
-      (fetchRow_ == nullptr && !fail(WT_MESSAGE(cursorLacks, "row that was read")))) {
-    return {};
-  }
-  return fetchRow_[static_cast<std::size_t>(index)];
 }
 
 bool ZvWorkTableCursorImpl::rowCount(std::int64_t* count) noexcept {

@@ -26,7 +26,10 @@ class ZvWorkTableCursorImpl final : public ZvWorkTableCursor {
   ZvbString columnName(int index) noexcept override;
   zvbType columnType(int index) noexcept override;
   int columnCount() noexcept override;
-  ZvbDatavar value(int index) noexcept override;
+  ZvbDatavar value(int index) noexcept override {
+    const ZvbDatavar* value = findValue(index);
+    return value != nullptr ? *value : ZvbDatavar();
+  }
   ZvbString errorMessage() noexcept override { return errorMessage_; }
   bool rowCount(std::int64_t* count) noexcept override;
   int next() noexcept override;
@@ -42,6 +45,12 @@ class ZvWorkTableCursorImpl final : public ZvWorkTableCursor {
   ZvWorkTableFile* workTable(bool detach) noexcept override;
   bool setWorkTable(ZvWorkTableFile* table) noexcept override;
   void setRemoveOnClose(bool remove) noexcept override { removeOnClose_ = remove; }
+
+  /// A value of the row that was read, until the next one is; null when there is none.
+  [[nodiscard]] const ZvbDatavar* findValue(int index) noexcept {
+    const bool isThere = hasColumn(index) && (fetchRow_ != nullptr || lackRow());
+    return isThere ? &fetchRow_[static_cast<std::size_t>(index)] : nullptr;
+  }
 
   /// What copyFrom does, for cursors of either kind: refuses a source that is not there or that is
   /// the target itself, closes, and lets `copy` do the rest with the place for its error text.
@@ -66,9 +75,16 @@ class ZvWorkTableCursorImpl final : public ZvWorkTableCursor {
 
   bool fail(ZvbString text) noexcept;
   bool failAs(ZVWTFileImpl& table) noexcept;
-  bool hasTable() noexcept;
+  bool hasTable() noexcept { return table_ != nullptr || lackTable(); }
+  bool lackTable() noexcept;
+  bool lackColumn() noexcept;
+  bool lackRow() noexcept;
   bool queryTable() noexcept;
-  bool hasColumn(int index) noexcept;
+  /// Asked of the cursor rather than of the table: a failure of the table's own would cost one that
+  /// was just created its files.
+  bool hasColumn(int index) noexcept {
+    return hasTable() && ((index >= 0 && index < table_->getColumnCount()) || lackColumn());
+  }
   bool hasManager() noexcept;
   bool canCopy(bool hasSource, bool isItself) noexcept;
   bool describeColumn(int index, Column* column) noexcept;

@@ -12,7 +12,8 @@ class ZvWorkTableStringCursorImpl final : public TextCursor<ZvWorkTableStringCur
   void release() noexcept override { delete this; }
 
   ZvbString value(int index) noexcept override {
-    const ZvbDatavar value = engine().value(index);
-    return value.type() == zvbTypeDate ? value.asDate().asString(true) : value.asString();
+    const ZvbDatavar* value = engine().findValue(index);
+    const bool isDate = value != nullptr && value->type() == zvbTypeDate;
+    return isDate ? value->asDate().asString(true) : TextCursor::value(index);
   }
 };
