@@ -15,6 +15,8 @@ struct ColumnDefinition {
   std::int32_t width = 0;      ///< most bytes of a text that are stored; 0 or less is no limit
   std::int32_t maxLength = 0;  ///< bytes of the longest text stored, its terminator included
 
+  /// The number of the next column behind this one that is delivered; none: the column count.
+  std::int32_t nextDelivered = 0;
   /// How often the column's value is delivered for each row read; 0: it is skipped.
   std::uint32_t targetCount = 0;
   /// The places in the caller's row that get the value; none: the place of the column's own number.

@@ -134,13 +134,14 @@ Result DataElement::decodeRow(ZvbDatavar* const* targets, int valueCount,
                               int* columnsRead) noexcept {
   ValueReader reader(valueSource(), &readOffset_);
   const ColumnDefinition* columns = table_.columns.get();
-  const int columnCount = table_.columnCount;
-  int column = 0;
-  for (; column < columnCount && valueCount >= 1; ++column) {
-    const ColumnDefinition& definition = columns[column];
-    const bool isDelivered = definition.targetCount != 0;
-    const Result result =
-        isDelivered ? reader.read(targets[definition.firstTarget(column)]) : reader.pass();
+  int column = 0;  // the next one in the file
+  int next = table_.firstDelivered;
+  while (valueCount >= 1 && next < table_.columnCount) {
+    const ColumnDefinition& definition = columns[next];
+    Result result = reader.pass(next - column);
+    if (result == Result::done) [[likely]] {
+      result = reader.read(targets[definition.firstTarget(next)]);
+    }
     if (result != Result::done) [[unlikely]] {
       return result;
     }
@@ -148,19 +149,19 @@ Result DataElement::decodeRow(ZvbDatavar* const* targets, int valueCount,
       deliverAgain(definition, targets);
     }
     valueCount -= static_cast<int>(definition.targetCount);
+    column = next + 1;
+    next = definition.nextDelivered;
   }
   reader.finish();
   *columnsRead = column;
   return Result::done;
 }
 
-/// Passes over the columns of a row that were not read, value by value.
+/// Passes over the columns of a row that were not read.
 bool DataElement::passRest(int columnsRead) noexcept {
   ValueReader reader(valueSource(), &readOffset_);
-  for (int column = columnsRead; column < table_.columnCount; ++column) {
-    if (reader.pass() != Result::done) {
-      return false;
-    }
+  if (reader.pass(table_.columnCount - columnsRead) != Result::done) {
+    return false;
   }
   reader.finish();
   return true;

@@ -14,7 +14,8 @@ struct TableState {
   std::unique_ptr<ColumnDefinition[]> columns;
   std::int64_t maxElementSize = 0;  ///< bytes of element data; 0 or less is no limit
   bool openedForReading = false;
-  bool readsWholeRows = false;  ///< every column is delivered once, at the place of its number
+  std::int32_t firstDelivered = 0;  ///< number of the first column that is delivered
+  bool readsWholeRows = false;      ///< every column is delivered once, at the place of its number
   bool readsBackwards = false;
   bool otherByteOrder = false;  ///< the files were written on a machine of the other byte order
   StringReadBuffer stringBuffer;

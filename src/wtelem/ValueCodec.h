@@ -238,11 +238,24 @@ inline const unsigned char* decodeInPlace(const Source& source, ZvbDatavar* targ
 /// decodeValue in place, without a target. There is at least one byte in front of `end`.
 inline const unsigned char* passInPlace(const unsigned char* at,
                                         const unsigned char* end) noexcept {
-  int size = fixedSizeOf(at[0]);
-  if (at[0] == tagOf(StorageCode::text) && at[1] != 0 && (at[1] & longLengthBit) == 0) {
-    size = 2 + at[1];
+  // Branches, which the processor foresees, and not a size to wait for, which every next value
+  // would have to wait for as well.
+  const auto passed = [at, end](std::ptrdiff_t size) {
+    return end - at >= size ? at + size : nullptr;
+  };
+  switch (static_cast<StorageCode>(at[0])) {
+    case StorageCode::boolean:
+      return passed(1 + 1);
+    case StorageCode::date:
+    case StorageCode::integer:
+      return passed(1 + 8);
+    case StorageCode::real:
+      return passed(1 + 24);
+    case StorageCode::text:
+      return at[1] != 0 && (at[1] & longLengthBit) == 0 ? passed(2 + at[1]) : nullptr;
+    default:
+      return (at[0] & nullBit) != 0 ? passed(1) : nullptr;
   }
-  return size == 0 || end - at < size ? nullptr : at + size;
 }
 
 }  // namespace valueCodec

@@ -60,9 +60,13 @@ class ValueReader {
     return moveTo(next, target);
   }
 
-  valueCodec::Result pass() noexcept {
-    const unsigned char* next = next_ < end_ ? valueCodec::passInPlace(next_, end_) : nullptr;
-    return moveTo(next, nullptr);
+  /// Passes over `count` values.
+  valueCodec::Result pass(int count) noexcept {
+    auto result = valueCodec::Result::done;
+    for (; count > 0 && result == valueCodec::Result::done; --count) {
+      result = moveTo(next_ < end_ ? valueCodec::passInPlace(next_, end_) : nullptr, nullptr);
+    }
+    return result;
   }
 
   void finish() noexcept {

@@ -289,6 +289,15 @@ std::int32_t Selection::constantTextSize(int position) const noexcept {
              : 0;
 }
 
+std::int32_t Selection::linkDelivered() const noexcept {
+  std::size_t next = columns_.size();
+  for (std::size_t i = columns_.size(); i-- > 0;) {
+    columns_[i].nextDelivered = static_cast<std::int32_t>(next);
+    next = columns_[i].targetCount != 0 ? i : next;
+  }
+  return static_cast<std::int32_t>(next);
+}
+
 bool Selection::deliverConstants(ZvbDatavar* const* values) const noexcept {
   for (int i = 0; i < entryCount_; ++i) {
     const Entry& selected = entry(i);

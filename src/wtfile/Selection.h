@@ -47,6 +47,9 @@ class Selection {
   /// Bytes of the text that a constant column delivers, 0 for every other column.
   [[nodiscard]] std::int32_t constantTextSize(int position) const noexcept;
 
+  /// Links the table's columns that are delivered (nextDelivered); the number of the first one.
+  [[nodiscard]] std::int32_t linkDelivered() const noexcept;
+
   /// Gives the constants to a reader's row. False when memory is short.
   [[nodiscard]] bool deliverConstants(ZvbDatavar* const* values) const noexcept;
 

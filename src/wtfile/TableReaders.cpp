@@ -59,6 +59,7 @@ bool ZVWTFileImpl::finishOpening(bool selected) noexcept {
   }
   state_.stringBuffer.setLimit(selection_.longestText());
   state_.readsWholeRows = !selection_.exists();
+  state_.firstDelivered = selection_.linkDelivered();
   return true;
 }
 
