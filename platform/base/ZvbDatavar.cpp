@@ -82,30 +82,24 @@ std::size_t put(char (&text)[capacity], std::string_view word) noexcept {
 
 }  // namespace
 
-void ZvbDatavar::assign(zvbType type, const void* data, unsigned size, bool swap) noexcept {
+void ZvbDatavar::assignOther(zvbType type, const void* data, unsigned size, bool swap) noexcept {
   type = knownType(type);
   if (type == zvbTypeString) {
     assign(static_cast<const char*>(data), std::size_t{size});
     return;
   }
-  std::uint64_t words[3] = {0, 0, 0};
-  const unsigned expected = type == zvbTypeReal      ? ZvbReal::packedSize
-                            : type == zvbTypeBoolean ? 1
-                                                     : sizeof words[0];
+  std::uint64_t word = 0;
+  const unsigned expected = type == zvbTypeBoolean ? 1 : sizeof word;
   hold(Held::null, type);
-  if (data == nullptr || size != expected) {
+  if (data == nullptr || size != expected || type == zvbTypeReal) {
     return;
   }
   if (type == zvbTypeBoolean) {
     assign(*static_cast<const unsigned char*>(data) != 0);
     return;
   }
-  std::memcpy(words, data, size);
-  if (type == zvbTypeReal) {
-    assign(ZvbReal::fromFD(words, swap));
-    return;
-  }
-  const std::uint64_t word = swap ? zvbReverseBytes(words[0]) : words[0];
+  std::memcpy(&word, data, sizeof word);
+  word = swap ? zvbReverseBytes(word) : word;
   if (type == zvbTypeInteger) {
     assign(static_cast<std::int64_t>(word));
   } else {

@@ -106,7 +106,15 @@ class ZVB_API ZvbDatavar {
   /// From raw bytes: the 24 bytes of a packed real (see ZvbReal.h), the 8 bytes of an integer or of
   /// a date's days, the one byte of a boolean, the bytes of a text. `swap` when the numbers among
   /// them were written in the other byte order. A size that does not fit the type makes a null.
-  void assign(zvbType type, const void* data, unsigned size, bool swap) noexcept;
+  void assign(zvbType type, const void* data, unsigned size, bool swap) noexcept {
+    if (type == zvbTypeReal && data != nullptr && size == ZvbReal::packedSize) {
+      std::uint64_t words[3];
+      std::memcpy(words, data, sizeof words);
+      assign(ZvbReal::fromFD(words, swap));
+    } else {
+      assignOther(type, data, size, swap);
+    }
+  }
 
   /// The conversions set *failed when the value cannot be converted (a null never can), and leave
   /// it alone otherwise: clear it first.
@@ -182,6 +190,8 @@ class ZVB_API ZvbDatavar {
     }
   }
 
+  /// What is no packed real.
+  void assignOther(zvbType type, const void* data, unsigned size, bool swap) noexcept;
   [[nodiscard]] bool convertToBool(bool* failed) const noexcept;
   [[nodiscard]] std::int64_t convertToInt64(bool* failed) const noexcept;
   [[nodiscard]] double convertToDouble(bool* failed) const noexcept;

@@ -110,8 +110,9 @@ class DataElement {
                                                  int* columnsRead) noexcept;
   valueCodec::Result decodeWholeRow(ZvbDatavar* const* targets, int* columnsRead) noexcept;
   bool passRest(int columnsRead) noexcept;
-  bool placeForwards(int valueCount, int columnsRead) noexcept;
-  bool placeBackwards() noexcept;
+  [[gnu::noinline]] bool placeForwards(int columnsRead) noexcept;
+  [[gnu::noinline]] bool placeBackwards() noexcept;
+  [[gnu::noinline]] bool leaveDamagedRow(valueCodec::Result result) noexcept;
   void standAtCurrentRow() noexcept;
 
   TableState& table_;

@@ -71,10 +71,19 @@ bool DataElement::readRow(ZvbDatavar* const* targets, int valueCount, bool* endO
   const Result result = table_.readsWholeRows ? decodeWholeRow(targets, &columnsRead)
                                               : decodeRow(targets, valueCount, &columnsRead);
   if (result != Result::done) [[unlikely]] {
-    standAtCurrentRow();
-    return failAfter(result, WT_MESSAGE(shortRead, "column"));
+    return leaveDamagedRow(result);
   }
-  return backwards ? placeBackwards() : placeForwards(valueCount, columnsRead);
+  const bool wholeRowRead = valueCount != 0 && columnsRead == table_.columnCount;
+  if (backwards) {
+    return placeBackwards();
+  }
+  // The next row follows by itself when the whole row was read.
+  return wholeRowRead || placeForwards(columnsRead);
+}
+
+bool DataElement::leaveDamagedRow(Result result) noexcept {
+  standAtCurrentRow();
+  return failAfter(result, WT_MESSAGE(shortRead, "column"));
 }
 
 /// After a row that could not be read: the index leads to the next one, so that a damaged row costs
@@ -167,15 +176,13 @@ bool DataElement::passRest(int columnsRead) noexcept {
   return true;
 }
 
-/// Moves on to the next row: it follows by itself when the whole row was read, else the index
-/// tells. The index is then read for every row of the pass, so it always stands at the next row's
-/// entry.
-bool DataElement::placeForwards(int valueCount, int columnsRead) noexcept {
+/// Moves on to the next row after a part of one, by the index. The index is then read for every
+/// row of the pass, so it always stands at the next row's entry.
+bool DataElement::placeForwards(int columnsRead) noexcept {
   if (index_.handle == nullptr) {
     return passRest(columnsRead) || fail(WT_MESSAGE(shortRead, "column"));
   }
-  const bool wholeRowRead = valueCount != 0 && columnsRead == table_.columnCount;
-  if (wholeRowRead || currentRow_ >= rowCount_) {
+  if (currentRow_ >= rowCount_) {
     return true;
   }
   std::int64_t next = 0;

@@ -74,7 +74,8 @@ struct Source {
                                                 std::int64_t* offset) noexcept;
 
 // ---- In place: the result is the place behind the value; null, and nothing is done, when it does
-// not fit in front of `end` or is of a kind that is not dealt with in place.
+// not fit in front of `end` or is of a kind that is not dealt with in place. What is always inline
+// would otherwise be so or not by whatever else the compiler has just inlined.
 
 /// Puts a tag and a payload.
 template <typename Payload>
@@ -126,8 +127,10 @@ inline unsigned char* putTextInPlace(ColumnDefinition* column, const ZvbDatavar&
 }
 
 /// encodeValue in place.
-inline unsigned char* encodeInPlace(ColumnDefinition* column, const ZvbDatavar& value,
-                                    unsigned char* at, const unsigned char* end) noexcept {
+[[gnu::always_inline]] inline unsigned char* encodeInPlace(ColumnDefinition* column,
+                                                           const ZvbDatavar& value,
+                                                           unsigned char* at,
+                                                           const unsigned char* end) noexcept {
   if (value.isNull()) {
     return value.memoryShort() ? nullptr : putNullInPlace(0, at, end);
   }
@@ -228,9 +231,9 @@ inline const unsigned char* decodeFixedInPlace(const Source& source, ZvbDatavar*
 }
 
 /// decodeValue in place, into a target. There is at least one byte in front of `end`.
-inline const unsigned char* decodeInPlace(const Source& source, ZvbDatavar* target,
-                                          const unsigned char* at,
-                                          const unsigned char* end) noexcept {
+[[gnu::always_inline]] inline const unsigned char* decodeInPlace(
+    const Source& source, ZvbDatavar* target, const unsigned char* at,
+    const unsigned char* end) noexcept {
   return at[0] == tagOf(StorageCode::text) ? readTextInPlace(source, target, at, end)
                                            : decodeFixedInPlace(source, target, at, end);
 }

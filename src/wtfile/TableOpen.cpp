@@ -37,7 +37,7 @@ void ZVWTFileImpl::startClean(bool forReading, bool backwards) noexcept {
   rowRefused_ = false;
   rangeStart_ = 0;
   rangeCount_ = -1;
-  rangeEnd_ = -1;
+  rangeEnd_ = toTheEnd;
   readVector_.reset();
   writeVector_.reset();
 }

@@ -145,8 +145,7 @@ bool ZVWTFileImpl::readRow(ZvbDatavar* const* values, bool* endOfTable) noexcept
 }
 
 bool ZVWTFileImpl::pastRange() const noexcept {
-  return state_.readsBackwards ? rowPosition_ < rangeStart_
-                               : rangeEnd_ != -1 && rowPosition_ >= rangeEnd_;
+  return state_.readsBackwards ? rowPosition_ < rangeStart_ : rowPosition_ >= rangeEnd_;
 }
 
 bool ZVWTFileImpl::openNextElement(bool* endOfTable) noexcept {

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 
 #include "ZvWorkTableFile.h"
@@ -108,6 +109,8 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
  private:
   static constexpr std::int16_t writtenVersion = 100;  // in hundredths
 
+  static constexpr std::int64_t toTheEnd = std::numeric_limits<std::int64_t>::max();
+
   enum class Mode : std::uint8_t { closed, writing, reading };
   using Elements = std::unique_ptr<std::unique_ptr<DataElement>[]>;
 
@@ -186,8 +189,8 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   std::int64_t rowCount_ = 0;
   std::int64_t rowPosition_ = 0;  // the next row to be written or read
   std::int64_t rangeStart_ = 0;
-  std::int64_t rangeCount_ = -1;  // -1: the opener gave none
-  std::int64_t rangeEnd_ = -1;    // the row behind the range; -1: to the end
+  std::int64_t rangeCount_ = -1;      // -1: the opener gave none
+  std::int64_t rangeEnd_ = toTheEnd;  // the row behind the range
 
   // Of a table that is sorted when it is closed:
   std::int32_t sortColumnCount_ = 0;  // 0 from the close on
