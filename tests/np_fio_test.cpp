@@ -300,6 +300,21 @@ TEST(FullDisk, IsToldByLargeWritesTruncationsAndTheClose) {
   EXPECT_EQ(np_fio_close(file.release()), npFioDiskFull);
 }
 
+TEST(OnlyWriter, LeavesNoReservedSpaceBehind) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.write("large", "");
+  File file = opened(path, npFioOnlyWriter);
+  const std::string piece(100'000, 'x');
+  for (int i = 0; i < 15; ++i) {
+    EXPECT_EQ(putText(file.get(), piece), 100'000);
+  }
+  EXPECT_EQ(np_fio_close(file.release()), npFioSuccess);
+  struct stat found;
+  ASSERT_EQ(stat(path.c_str(), &found), 0);
+  EXPECT_EQ(found.st_size, 1'500'000);
+  EXPECT_LT(found.st_blocks * 512, 1'600'000);
+}
+
 /// Runs `action` in a process of its own and returns the status that it gives.
 int inChild(const std::function<int()>& action) {
   const pid_t child = fork();

@@ -51,6 +51,9 @@ enum NpFioMode : int {
   npFioOnlyWriter = 3,  ///< reads and writes; a second only-writer in any process gets npFioInUse
 };
 
+// An only-writer that writes more than its buffer holds keeps up to 1 MiB of space reserved ahead
+// where the file system can, until the file is closed.
+
 /// From where np_fio_seek64 counts.
 enum NpFioWhence : int { npFioFromStart = 0, npFioFromHere = 1, npFioFromEnd = 2 };
 

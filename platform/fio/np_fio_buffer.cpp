@@ -26,6 +26,8 @@
 namespace {
 
 constexpr std::size_t bufferSize = std::size_t{256} * 1024;
+constexpr std::int64_t reservedAhead = std::int64_t{1024} * 1024;
+constexpr std::int64_t hintedBefore = std::int64_t{1024} * 1024;
 constexpr std::size_t smallWindow = std::size_t{8} * 1024;
 constexpr std::int64_t nearDistance = std::int64_t{64} * 1024;
 constexpr int largestPeek = 64 * 1024;
@@ -41,6 +43,8 @@ struct OpenFile : np_fio_file {
   std::size_t loadedSize = 0;
   std::size_t window = smallWindow;  // bytes that the last load was meant to take
   int status = npFioSuccess;         // of the last failure
+  std::int64_t reservedEnd = 0;      // of the space reserved for what is written; 0: none
+  bool reserves = false;             // tries to; of a file that nobody else writes
   bool isWritable = false;
   bool flushFailed = false;  // the bytes in the buffer were refused; it takes no more until a retry
 };
@@ -112,12 +116,36 @@ std::size_t writeAll(OpenFile& file, const unsigned char* bytes, std::size_t siz
   return done;
 }
 
+/// Keeps space reserved for what the buffer holds and for what it will hold next: bytes that it
+/// accepts are then not refused by a full disk later, and writing into reserved space is faster. A
+/// file that fits the buffer reserves nothing.
+void reserveSpace(OpenFile& file, std::size_t size) noexcept {
+  const std::int64_t end = file.beginOffset + static_cast<std::int64_t>(size);
+  const std::int64_t needed = end + static_cast<std::int64_t>(bufferSize);
+  if (!file.reserves || size < bufferSize / 2 || needed <= file.reservedEnd) {
+    return;
+  }
+  const std::int64_t from = std::max(file.beginOffset, file.reservedEnd);
+  file.reserves = fioSystem::reserve(file.system, from, end + reservedAhead - from) == npFioSuccess;
+  file.reservedEnd = file.reserves ? end + reservedAhead : file.reservedEnd;
+}
+
+/// Gives back the space that was reserved and not written.
+void trimSpace(OpenFile& file) noexcept {
+  std::int64_t size = 0;
+  if (file.reservedEnd != 0 && fioSystem::size(file.system, &size) == npFioSuccess &&
+      size < file.reservedEnd) {
+    (void)fioSystem::truncate(file.system, size);
+  }
+}
+
 /// What the system refuses stays at the front of the buffer, which then has no room for more.
 bool flush(OpenFile& file) noexcept {
   const std::size_t size = unwritten(file);
   if (size == 0) {
     return true;
   }
+  reserveSpace(file, size);
   const std::size_t done = writeAll(file, file.begin, size, file.beginOffset, &file.status);
   file.flushFailed = done < size;
   std::memmove(file.begin, file.begin + done, size - done);
@@ -181,6 +209,14 @@ std::size_t bytesBefore(const OpenFile& file, std::int64_t offset, std::size_t n
   return static_cast<std::size_t>(offset - start);
 }
 
+/// The system reads ahead of who walks forwards by itself; who walks backwards has to say so.
+void hintBefore(const OpenFile& file, std::int64_t offset) noexcept {
+  const std::int64_t size = std::min(offset, hintedBefore);
+  if (size != 0) {
+    fioSystem::willRead(file.system, offset - size, size);
+  }
+}
+
 /// Loads bytes until `needed` of them, at most bufferSize, are readable, or as many as there are.
 /// The position stays, and so do the bytes that are readable already.
 void load(OpenFile& file, std::size_t needed) noexcept {
@@ -192,6 +228,9 @@ void load(OpenFile& file, std::size_t needed) noexcept {
   file.window = isNearLoaded(file, offset) ? std::min(file.window * 2, bufferSize) : smallWindow;
   const std::size_t before = kept == 0 ? bytesBefore(file, offset, needed) : 0;
   const std::int64_t start = offset - static_cast<std::int64_t>(before);
+  if (before != 0 && file.window == bufferSize) {
+    hintBefore(file, start);
+  }
   std::memmove(file.begin, file.cursor, kept);
   const std::size_t required = before + needed;
   const std::size_t wanted = std::min(std::max(required, kept + file.window), bufferSize);
@@ -311,8 +350,9 @@ void dropUnwritten(OpenFile& file, std::int64_t offset) noexcept {
 
 using NewFile = std::unique_ptr<OpenFile>;
 
-void handOver(NewFile made, bool isWritable, np_fio_handle* file) noexcept {
-  made->isWritable = isWritable;
+void handOver(NewFile made, int mode, np_fio_handle* file) noexcept {
+  made->isWritable = mode != npFioRead;
+  made->reserves = mode == npFioOnlyWriter;
   *file = made.release();
 }
 
@@ -334,7 +374,7 @@ int np_fio_tmpfile(const char* directory, const char* prefix, char* path, int pa
   const int status =
       fioSystem::createUnderRandomName(directory, prefix, path, pathSize, &made->system);
   if (status == npFioSuccess) {
-    handOver(std::move(made), true, file);
+    handOver(std::move(made), npFioOnlyWriter, file);
   }
   return status;
 }
@@ -353,7 +393,7 @@ int np_fio_open(const char* path, int mode, np_fio_handle* file) noexcept {
   }
   const int status = fioSystem::open(path, static_cast<NpFioMode>(mode), &made->system);
   if (status == npFioSuccess) {
-    handOver(std::move(made), mode != npFioRead, file);
+    handOver(std::move(made), mode, file);
   }
   return status;
 }
@@ -364,6 +404,7 @@ int np_fio_close(np_fio_handle file) noexcept {
   }
   const NewFile closing(&openFile(file));
   const int flushStatus = flush(*closing) ? npFioSuccess : closing->status;
+  trimSpace(*closing);
   const int closeStatus = fioSystem::close(closing->system);
   return flushStatus != npFioSuccess ? flushStatus : closeStatus;
 }
@@ -390,6 +431,7 @@ int np_fio_trunc(np_fio_handle file) noexcept {
   const std::int64_t end = position(open);
   standAt(open, end);
   open.loadedSize = 0;
+  open.reservedEnd = 0;
   const int status = fioSystem::truncate(open.system, end);
   if (status != npFioSuccess) {
     open.status = status;
@@ -413,6 +455,7 @@ int np_fio_cut(np_fio_handle file, std::int64_t size) noexcept {
   std::int64_t fileSize = 0;
   int status = fioSystem::size(open.system, &fileSize);
   if (status == npFioSuccess && fileSize > size) {
+    open.reservedEnd = 0;
     status = fioSystem::truncate(open.system, size);
   }
   return status;

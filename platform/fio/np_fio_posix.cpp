@@ -1,8 +1,10 @@
 /// The POSIX half of the file layer; np_fio_windows.cpp is its twin, function by function.
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -222,6 +224,23 @@ int truncate(File file, std::int64_t bytes) noexcept {
     }
   }
   return statusOfCall(repeatInterrupted([&] { return ftruncate(descriptor(file), bytes); }));
+}
+
+/// In memory a reservation makes the pages one by one twice, and rows are written a tenth slower.
+int reserve(File file, std::int64_t offset, std::int64_t bytes) noexcept {
+  struct statfs system;
+  if (fstatfs(descriptor(file), &system) != 0) {
+    return statusOf(errno);
+  }
+  if (system.f_type == TMPFS_MAGIC) {
+    return statusOf(EOPNOTSUPP);
+  }
+  return statusOfCall(repeatInterrupted(
+      [&] { return fallocate(descriptor(file), FALLOC_FL_KEEP_SIZE, offset, bytes); }));
+}
+
+void willRead(File file, std::int64_t offset, std::int64_t bytes) noexcept {
+  (void)posix_fadvise(descriptor(file), offset, bytes, POSIX_FADV_WILLNEED);
 }
 
 int stat(const char* path, np_fio_stat* info) noexcept {

@@ -38,8 +38,13 @@ using File = std::intptr_t;
 [[nodiscard]] int write(File file, const void* bytes, std::size_t size, std::int64_t offset,
                         std::size_t* transferred) noexcept;
 [[nodiscard]] int size(File file, std::int64_t* bytes) noexcept;
-/// Makes the file `bytes` long; zero bytes fill what is new.
+/// Makes the file `bytes` long; zero bytes fill what is new, and space reserved behind it is free.
 [[nodiscard]] int truncate(File file, std::int64_t bytes) noexcept;
+/// Reserves space for `bytes` from `offset` on, whether the file has reached it or not; its size
+/// stays. Fails where that is not to be had or costs more than it spares.
+[[nodiscard]] int reserve(File file, std::int64_t offset, std::int64_t bytes) noexcept;
+/// A hint that these bytes will be read soon.
+void willRead(File file, std::int64_t offset, std::int64_t bytes) noexcept;
 
 /// Describes a link itself, not what it leads to.
 [[nodiscard]] int stat(const char* path, np_fio_stat* info) noexcept;
