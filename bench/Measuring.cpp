@@ -1,53 +1,130 @@
 #include "Measuring.h"
 
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <stdexcept>
-#include <string_view>
 #include <system_error>
 
 namespace {
 
-double ratioToTwin(const Work& work, const std::vector<Work>& works) {
-  for (const Work& other : works) {
-    if (work.twin != nullptr && std::string(work.twin) == other.name) {
-      return other.median() / work.median();
+/// A comparison whose both works were run.
+struct Compared {
+  const Work* work;
+  const Work* other;
+  double atLeast;
+
+  [[nodiscard]] double ratio() const { return other->median() / work->median(); }
+  [[nodiscard]] std::string name() const { return work->name + " / " + other->name; }
+};
+
+const Work* find(const std::vector<Work>& works, const std::string& name) {
+  const auto found =
+      std::find_if(works.begin(), works.end(), [&](const Work& work) { return work.name == name; });
+  return found == works.end() ? nullptr : &*found;
+}
+
+std::vector<Compared> compare(const std::vector<Work>& works) {
+  std::vector<Compared> all;
+  for (const Work& work : works) {
+    for (const Comparison& comparison : work.comparisons) {
+      const Work* other = find(works, comparison.to);
+      if (other != nullptr) {
+        all.push_back({&work, other, comparison.atLeast});
+      }
     }
   }
-  return 1;
+  return all;
 }
 
-int longestName(const std::vector<Work>& works) {
-  std::size_t length = 26;
+void printSpeeds(const std::vector<Work>& works, std::size_t rowCount) {
+  std::size_t width = 0;
   for (const Work& work : works) {
-    length = std::max(length, std::string_view(work.name).size());
+    width = std::max(width, work.name.size());
   }
-  return static_cast<int>(length);
-}
-
-void printTable(const std::vector<Work>& works, std::size_t rowCount) {
-  const int width = longestName(works);
-  std::printf("%-*s %12s %10s\n", width, "work", "Mrows/s", "ratio");
+  std::printf("%-*s %12s %12s\n", static_cast<int>(width), "work", "ms", "Mrows/s");
   for (const Work& work : works) {
-    std::printf("%-*s %12.2f %10.2f\n", width, work.name,
-                static_cast<double>(rowCount) / work.median() / 1e6, ratioToTwin(work, works));
+    std::printf("%-*s %12.2f %12.2f\n", static_cast<int>(width), work.name.c_str(),
+                work.median() * 1e3, static_cast<double>(rowCount) / work.median() / 1e6);
   }
 }
 
-void printJson(const std::vector<Work>& works, std::size_t rowCount, double bytesPerRow) {
-  std::printf("{\"rows\": %zu, \"bytesPerRow\": %.1f, \"work\": [", rowCount, bytesPerRow);
-  for (const Work& work : works) {
-    std::printf(
-        "%s\n  {\"name\": \"%s\", \"seconds\": %.6f, \"rowsPerSecond\": %.0f, "
-        "\"ratioToTwin\": %.3f}",
-        &work == works.data() ? "" : ",", work.name, work.median(),
-        static_cast<double>(rowCount) / work.median(), ratioToTwin(work, works));
+void printComparison(const Compared& compared, int width) {
+  std::printf("%-*s ", width, compared.name().c_str());
+  if (compared.atLeast == 0) {
+    std::printf("%8s %9.2f\n", "", compared.ratio());
+  } else {
+    std::printf("%8.2f %9.2f%s\n", compared.atLeast, compared.ratio(),
+                compared.ratio() < compared.atLeast ? "  below" : "");
   }
+}
+
+void printComparisons(const std::vector<Compared>& comparisons) {
+  std::size_t width = 0;
+  for (const Compared& compared : comparisons) {
+    width = std::max(width, compared.name().size());
+  }
+  if (!comparisons.empty()) {
+    std::printf("\n%-*s %8s %9s\n", static_cast<int>(width), "speed of / speed of", "asked",
+                "measured");
+  }
+  for (const Compared& compared : comparisons) {
+    printComparison(compared, static_cast<int>(width));
+  }
+}
+
+const char* nameOf(Side side) {
+  return side == Side::ours ? "ours" : side == Side::byHand ? "by hand" : "peer";
+}
+
+/// The elements of a list, each on a line of its own.
+template <typename Elements, typename Print>
+void printJsonList(const Elements& elements, const Print& printElement) {
+  const char* separator = "";
+  for (const auto& element : elements) {
+    std::printf("%s\n  ", separator);
+    printElement(element);
+    separator = ",";
+  }
+}
+
+void printJsonWork(const Work& work, std::size_t rowCount) {
+  std::printf(R"({"name": "%s", "side": "%s", "seconds": %.6f, "rowsPerSecond": %.0f, "rounds": [)",
+              work.name.c_str(), nameOf(work.side), work.median(),
+              static_cast<double>(rowCount) / work.median());
+  const char* separator = "";
+  for (const double seconds : work.seconds) {
+    std::printf("%s%.6f", separator, seconds);
+    separator = ", ";
+  }
+  std::printf("]}");
+}
+
+void printJsonComparison(const Compared& compared) {
+  std::printf(R"({"work": "%s", "to": "%s", "ratio": %.3f, "atLeast": )",
+              compared.work->name.c_str(), compared.other->name.c_str(), compared.ratio());
+  if (compared.atLeast == 0) {
+    std::printf("null}");
+  } else {
+    std::printf("%.2f}", compared.atLeast);
+  }
+}
+
+/// No name has a character that JSON would want escaped.
+void printJson(const std::vector<Work>& works, double bytesPerRow,
+               const BenchmarkOptions& options) {
+  std::printf("{\"name\": \"%s\", \"rows\": %zu, \"bytesPerRow\": %.1f, \"works\": [",
+              options.name.c_str(), options.rowCount, bytesPerRow);
+  printJsonList(works, [&](const Work& work) { printJsonWork(work, options.rowCount); });
+  std::printf("\n], \"comparisons\": [");
+  printJsonList(compare(works), printJsonComparison);
   std::printf("\n]}\n");
 }
 
@@ -87,7 +164,8 @@ void require(bool success, const char* what, ZvWorkTableFile& table) {
 double Work::median() const {
   std::vector<double> sorted = seconds;
   std::sort(sorted.begin(), sorted.end());
-  return sorted[sorted.size() / 2];
+  const std::size_t middle = sorted.size() / 2;
+  return sorted.size() % 2 == 1 ? sorted[middle] : (sorted[middle - 1] + sorted[middle]) / 2;
 }
 
 int runBenchmark(
@@ -135,9 +213,33 @@ void measure(int rounds, std::vector<Work>* works) {
 void print(const std::vector<Work>& works, const std::string& heading, double bytesPerRow,
            const BenchmarkOptions& options) {
   if (options.json) {
-    printJson(works, options.rowCount, bytesPerRow);
+    printJson(works, bytesPerRow, options);
     return;
   }
   std::printf("%s\n\n", heading.c_str());
-  printTable(works, options.rowCount);
+  printSpeeds(works, options.rowCount);
+  printComparisons(compare(works));
+}
+
+std::int64_t residentBytes() {
+  std::ifstream pages("/proc/self/statm");
+  std::int64_t all = 0;
+  std::int64_t resident = 0;
+  if (!(pages >> all >> resident)) {
+    throw std::runtime_error("this system does not tell the memory of a process");
+  }
+  return resident * sysconf(_SC_PAGESIZE);
+}
+
+std::int64_t peakResidentBytes() {
+  std::ifstream status("/proc/self/status");
+  std::string word;
+  while (status >> word) {
+    if (word == "VmHWM:") {
+      std::int64_t kibibytes = 0;
+      status >> kibibytes;
+      return kibibytes * 1024;
+    }
+  }
+  throw std::runtime_error("this system does not tell the most memory of a process");
 }

@@ -1,6 +1,5 @@
 #include "SampleRows.h"
 
-#include <bit>
 #include <random>
 
 #include "base/ZvbReal.h"
@@ -55,20 +54,4 @@ void assignSample(const SampleRow& row, ZvbDatavar* values) {
   values[5].assign(row.day);
   values[5].setType(zvbTypeDate);
   values[6].assign(row.flag);
-}
-
-void addSample(const ZvbDatavar* values, RowChecksum* checksum) {
-  bool failed = false;
-  checksum->add(static_cast<std::uint64_t>(values[0].asInt64(&failed)));
-  checksum->add(static_cast<std::uint64_t>(values[1].asInt64(&failed)));
-  std::uint64_t words[3];
-  values[2].asReal(&failed).asFD(&words);
-  checksum->add(words[1]);
-  checksum->addText(values[3].asTextView().data(), values[3].asTextView().size());
-  checksum->addText(values[4].asTextView().data(), values[4].asTextView().size());
-  checksum->add(std::bit_cast<std::uint64_t>(values[5].asDouble(&failed)));
-  checksum->add(values[6].asBool(&failed) ? 1 : 0);
-  if (failed) {
-    checksum->add(1);
-  }
 }

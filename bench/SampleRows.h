@@ -2,8 +2,8 @@
 /// and a boolean, about 82 encoded bytes a row. Generated beforehand, the same for every run.
 #pragma once
 
+#include <bit>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -39,4 +39,27 @@ class RowChecksum {
   std::uint64_t sum_ = 0;
 };
 
-void addSample(const ZvbDatavar* values, RowChecksum* checksum);
+/// Adds up the values of a row, whatever gives them: `valueAt(column)` is a variant, or a reference
+/// to one.
+template <typename ValueAt>
+void addSampleValues(const ValueAt& valueAt, RowChecksum* checksum) {
+  bool failed = false;
+  checksum->add(static_cast<std::uint64_t>(valueAt(0).asInt64(&failed)));
+  checksum->add(static_cast<std::uint64_t>(valueAt(1).asInt64(&failed)));
+  std::uint64_t words[3];
+  valueAt(2).asReal(&failed).asFD(&words);
+  checksum->add(words[1]);
+  for (const int column : {3, 4}) {
+    const ZvbDatavar& text = valueAt(column);
+    checksum->addText(text.asTextView().data(), text.asTextView().size());
+  }
+  checksum->add(std::bit_cast<std::uint64_t>(valueAt(5).asDouble(&failed)));
+  checksum->add(valueAt(6).asBool(&failed) ? 1 : 0);
+  if (failed) {
+    checksum->add(1);
+  }
+}
+
+inline void addSample(const ZvbDatavar* values, RowChecksum* checksum) {
+  addSampleValues([values](int column) -> const ZvbDatavar& { return values[column]; }, checksum);
+}

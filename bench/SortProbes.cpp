@@ -13,25 +13,11 @@
 #include <iostream>
 #include <stdexcept>
 
-#include "TableSort.h"
+#include "TableEngine.h"
 
 namespace {
 
 constexpr std::int64_t mebibyte = 1 << 20;
-
-/// The most memory that this process has had resident, in bytes.
-std::int64_t peakResidentBytes() {
-  std::ifstream status("/proc/self/status");
-  std::string name;
-  while (status >> name) {
-    if (name == "VmHWM:") {
-      std::int64_t kibibytes = 0;
-      status >> kibibytes;
-      return kibibytes * 1024;
-    }
-  }
-  throw std::runtime_error("this system does not tell VmHWM");
-}
 
 /// Runs in a process of its own, whose peak of resident memory begins with what it is given.
 void runInChild(const std::function<void()>& run) {
@@ -56,8 +42,8 @@ void runInChild(const std::function<void()>& run) {
 }
 
 void printMemoryOfSort(const std::vector<SampleRow>& rows, const std::string& directory,
-                       const TableSortSettings& settings, SortOrder order) {
-  TableSort sort(directory, settings);
+                       const TableEngineSettings& settings, SortOrder order) {
+  TableEngine sort(directory, settings);
   const std::int64_t before = peakResidentBytes();
   sort.store(rows, order);
   const std::int64_t grown = peakResidentBytes() - before;
@@ -102,7 +88,7 @@ bool writeAndClose(const std::vector<SampleRow>& rows, ZvWorkTableFile& table) {
 
 /// Sorts until the canceller cancels; the seconds from then until the sort returned, or less than 0
 /// when the sort came to its end before.
-double sortUntilCancelled(const std::vector<SampleRow>& rows, TableSort& sort,
+double sortUntilCancelled(const std::vector<SampleRow>& rows, TableEngine& sort,
                           Canceller* canceller) {
   ZvbString error;
   if (!zvwtSetSortProgress(&sort.manager(), Canceller::call, canceller, &error)) {
@@ -134,8 +120,8 @@ struct Waits {
 };
 
 Waits cancelAtEachReport(const std::vector<SampleRow>& rows, const std::string& directory,
-                         const TableSortSettings& settings) {
-  TableSort sort(directory, settings);
+                         const TableEngineSettings& settings) {
+  TableEngine sort(directory, settings);
   Waits waits;
   for (int report = 0;; ++report) {
     Canceller canceller{.reportsLeft = report};

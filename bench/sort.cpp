@@ -19,23 +19,17 @@
 #include <utility>
 #include <vector>
 
-#include "DuckdbSort.h"
+#include "DuckdbEngine.h"
 #include "Measuring.h"
 #include "SampleRows.h"
 #include "SortProbes.h"
-#include "SqliteSort.h"
-#include "TableSort.h"
+#include "SqliteEngine.h"
+#include "TableEngine.h"
 
 namespace {
 
-#ifdef ZVWT_WITH_DUCKDB
-constexpr bool hasDuckdb = true;
-#else
-constexpr bool hasDuckdb = false;
-#endif
-
-using Rows = RowSort::Rows;
-using Engine = std::unique_ptr<RowSort>;
+using Rows = RowEngine::Rows;
+using Engine = std::unique_ptr<RowEngine>;
 
 constexpr std::int64_t littleMemory = 64 << 20;
 constexpr std::int64_t muchMemory = 1 << 30;
@@ -53,30 +47,29 @@ struct SortOptions {
 /// An engine with its settings, to sort by some keys.
 struct Contender {
   std::string name;
-  std::string twin;  ///< the contender that its ratio is taken to, or empty
+  Side side;
   std::function<Engine(const std::string& directory)> makeEngine;
   bool presorted = false;  ///< gets its rows in the order of the keys
 };
 
-Contender ours(const char* name, const char* twin, const TableSortSettings& settings,
-               bool presorted = false) {
-  return {name, twin,
+Contender ours(const char* name, const TableEngineSettings& settings, bool presorted = false) {
+  return {name, Side::ours,
           [settings](const std::string& directory) {
-            return std::make_unique<TableSort>(directory, settings);
+            return std::make_unique<TableEngine>(directory, settings);
           },
           presorted};
 }
 
 Contender sqlite(const char* name, std::int64_t cacheBytes) {
-  return {name, "", [cacheBytes](const std::string& directory) {
-            return std::make_unique<SqliteSort>(directory, cacheBytes);
+  return {name, Side::peer, [cacheBytes](const std::string& directory) {
+            return std::make_unique<SqliteEngine>(directory, cacheBytes);
           }};
 }
 
 #ifdef ZVWT_WITH_DUCKDB
-Contender duckdb(const char* name, const DuckdbSortSettings& settings) {
-  return {name, "", [settings](const std::string& directory) {
-            return std::make_unique<DuckdbSort>(directory, settings);
+Contender duckdb(const char* name, const DuckdbEngineSettings& settings) {
+  return {name, Side::peer, [settings](const std::string& directory) {
+            return std::make_unique<DuckdbEngine>(directory, settings);
           }};
 }
 
@@ -92,20 +85,12 @@ std::vector<Contender> duckdbContenders() { return {}; }
 #endif
 
 std::vector<Contender> contenders(bool withoutPeers) {
-  const auto peer = [](const char* ofDuckdb, const char* ofSqlite) {
-    return hasDuckdb ? ofDuckdb : ofSqlite;
-  };
   std::vector<Contender> all;
-  all.push_back(ours("1 GB, 2 threads", peer("DuckDB, 2 threads", "SQLite, 1 GB"),
-                     {.memory = muchMemory, .secondThread = true}));
-  all.push_back(ours("1 GB, 1 thread", peer("DuckDB, 1 thread", "SQLite, 1 GB"),
-                     {.memory = muchMemory, .secondThread = false}));
-  all.push_back(ours("64 MB, 2 threads", peer("DuckDB 128 MB, 2 threads", "SQLite, 64 MB"),
-                     {.memory = littleMemory, .secondThread = true}));
-  all.push_back(ours("64 MB, 1 thread", peer("DuckDB 128 MB, 1 thread", "SQLite, 64 MB"),
-                     {.memory = littleMemory, .secondThread = false}));
-  all.push_back(
-      ours("presorted", "1 GB, 2 threads", {.memory = muchMemory, .secondThread = true}, true));
+  all.push_back(ours("1 GB, 2 threads", {.memory = muchMemory, .secondThread = true}));
+  all.push_back(ours("1 GB, 1 thread", {.memory = muchMemory, .secondThread = false}));
+  all.push_back(ours("64 MB, 2 threads", {.memory = littleMemory, .secondThread = true}));
+  all.push_back(ours("64 MB, 1 thread", {.memory = littleMemory, .secondThread = false}));
+  all.push_back(ours("presorted", {.memory = muchMemory, .secondThread = true}, true));
   if (!withoutPeers) {
     all.push_back(sqlite("SQLite, 1 GB", muchMemory));
     all.push_back(sqlite("SQLite, 64 MB", littleMemory));
@@ -116,18 +101,34 @@ std::vector<Contender> contenders(bool withoutPeers) {
   return all;
 }
 
-/// Other pairs of contenders whose speeds are of interest.
+constexpr const char* unsorted = "unsorted";
+
+/// Pairs of contenders whose speeds are compared.
 constexpr std::pair<const char*, const char*> comparisons[] = {
-    {"1 GB, 2 threads", "1 GB, 1 thread"},   {"1 GB, 2 threads", "unsorted"},
-    {"1 GB, 2 threads", "SQLite, 1 GB"},     {"64 MB, 2 threads", "1 GB, 2 threads"},
-    {"64 MB, 2 threads", "64 MB, 1 thread"}, {"64 MB, 1 thread", "1 GB, 1 thread"},
-    {"64 MB, 2 threads", "SQLite, 64 MB"},
+    {"1 GB, 2 threads", "DuckDB, 2 threads"}, {"1 GB, 2 threads", "SQLite, 1 GB"},
+    {"1 GB, 2 threads", "1 GB, 1 thread"},    {"1 GB, 2 threads", unsorted},
+    {"1 GB, 1 thread", "DuckDB, 1 thread"},   {"64 MB, 2 threads", "DuckDB 128 MB, 2 threads"},
+    {"64 MB, 2 threads", "SQLite, 64 MB"},    {"64 MB, 2 threads", "64 MB, 1 thread"},
+    {"64 MB, 2 threads", "1 GB, 2 threads"},  {"64 MB, 1 thread", "DuckDB 128 MB, 1 thread"},
+    {"64 MB, 1 thread", "1 GB, 1 thread"},    {"presorted", "1 GB, 2 threads"},
 };
 
 constexpr SortOrder orders[] = {SortOrder::amountName, SortOrder::nameAmount};
 
 std::string nameIn(SortOrder order, const std::string& contender) {
-  return contender + (order == SortOrder::amountName ? ", int,text" : ", text,int");
+  return contender == unsorted
+             ? contender
+             : contender + (order == SortOrder::amountName ? ", int,text" : ", text,int");
+}
+
+std::vector<Comparison> comparisonsOf(const std::string& contender, SortOrder order) {
+  std::vector<Comparison> all;
+  for (const auto& [work, other] : comparisons) {
+    if (work == contender) {
+      all.push_back({.to = nameIn(order, other)});
+    }
+  }
+  return all;
 }
 
 Rows sorted(const Rows& rows, SortOrder order) {
@@ -155,13 +156,7 @@ void touchMemory(std::size_t bytes) {
 
 std::uint64_t checksumOf(const RowView& row) {
   RowChecksum checksum;
-  checksum.add(static_cast<std::uint64_t>(row.id));
-  checksum.add(static_cast<std::uint64_t>(row.amount));
-  checksum.add(static_cast<std::uint64_t>(row.cents));
-  checksum.addText(row.code.data(), row.code.size());
-  checksum.addText(row.name.data(), row.name.size());
-  checksum.add(static_cast<std::uint64_t>(row.day * 4));
-  checksum.add(row.flag ? 1 : 0);
+  addRow(row, &checksum);
   return checksum.value();
 }
 
@@ -182,9 +177,8 @@ class SortBenchmark {
         rows_(makeSampleRows(options.rowCount)),
         sortedRows_{sorted(rows_, orders[0]), sorted(rows_, orders[1])},
         checksum_(checksumOf(rows_)) {
-    enter({.contender = ours("unsorted", "", {.memory = 0, .secondThread = false}),
-           .name = "unsorted",
-           .twin = "",
+    enter({.contender = ours(unsorted, {}),
+           .name = unsorted,
            .order = SortOrder::none,
            .input = &rows_,
            .expected = &rows_});
@@ -192,7 +186,6 @@ class SortBenchmark {
       for (const Contender& contender : contenders(sortOptions_.withoutPeers)) {
         enter({.contender = contender,
                .name = nameIn(orders[i], contender.name),
-               .twin = nameIn(orders[i], contender.twin),
                .order = orders[i],
                .input = contender.presorted ? &sortedRows_[i] : &rows_,
                .expected = &sortedRows_[i]});
@@ -206,11 +199,12 @@ class SortBenchmark {
     std::vector<Work> works;
     for (Entry& entry : entries_) {
       works.push_back(
-          {.name = entry.name.c_str(),
-           .twin = entry.twin.c_str(),
+          {.name = entry.name,
+           .comparisons = comparisonsOf(entry.contender.name, entry.order),
            .run = [&entry] { entry.engine->store(*entry.input, entry.order); },
            .before = [this] { touchMemory(std::min(rows_.size() * memoryPerRow, mostMemory)); },
-           .after = [this, &entry] { finish(&entry); }});
+           .after = [this, &entry] { finish(&entry); },
+           .side = entry.contender.side});
     }
     return works;
   }
@@ -225,6 +219,7 @@ class SortBenchmark {
   }
 
   void printSpills() const {
+    std::printf("\n");
     for (const Entry& entry : entries_) {
       if (entry.spilledBytes != 0) {
         std::printf(
@@ -241,7 +236,6 @@ class SortBenchmark {
   struct Entry {
     Contender contender;
     std::string name;
-    std::string twin;
     SortOrder order;
     const Rows* input;
     const Rows* expected;
@@ -295,26 +289,6 @@ class SortBenchmark {
   double bytesPerRow_ = 0;
 };
 
-const Work* find(const std::vector<Work>& works, const std::string& name) {
-  const auto found =
-      std::find_if(works.begin(), works.end(), [&](const Work& work) { return work.name == name; });
-  return found == works.end() ? nullptr : &*found;
-}
-
-void printComparisons(const std::vector<Work>& works) {
-  for (const SortOrder order : orders) {
-    for (const auto& [first, second] : comparisons) {
-      const Work* work = find(works, nameIn(order, first));
-      const Work* other = find(works, nameIn(order, second));
-      other = other == nullptr ? find(works, second) : other;
-      if (work != nullptr && other != nullptr) {
-        std::printf("%s: %.2f times as fast as %s\n", work->name, other->median() / work->median(),
-                    other->name);
-      }
-    }
-  }
-}
-
 void compare(const BenchmarkOptions& options, const SortOptions& sortOptions,
              const std::string& directory) {
   SortBenchmark benchmark(options, sortOptions, directory);
@@ -322,8 +296,6 @@ void compare(const BenchmarkOptions& options, const SortOptions& sortOptions,
   measure(options.rounds, &works);
   print(works, benchmark.heading(options.rounds), benchmark.bytesPerRow(), options);
   if (!options.json) {
-    std::printf("\n");
-    printComparisons(works);
     benchmark.printSpills();
   }
 }
@@ -344,7 +316,7 @@ void run(const BenchmarkOptions& options, const SortOptions& sortOptions,
 }  // namespace
 
 int main(int argc, char** argv) {
-  const BenchmarkOptions defaults{.rowCount = 2'000'000, .parentDirectory = {}};
+  const BenchmarkOptions defaults{.name = "sort", .rowCount = 2'000'000};
   SortOptions sortOptions;
   return runBenchmark(
       argc, argv, "Rows sorted into a table, against SQLite and DuckDB.", defaults,

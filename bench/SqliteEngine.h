@@ -1,4 +1,4 @@
-/// The sort of SQLite.
+/// Tables of SQLite.
 #pragma once
 
 #include <sqlite3.h>
@@ -7,14 +7,15 @@
 #include <memory>
 #include <string>
 
-#include "RowSort.h"
+#include "RowEngine.h"
 
-class SqliteSort : public RowSort {
+class SqliteEngine : public RowEngine {
  public:
-  SqliteSort(const std::string& directory, std::int64_t cacheBytes);
+  SqliteEngine(const std::string& directory, std::int64_t cacheBytes);
 
   void store(const Rows& rows, SortOrder order) override;
   void read(const RowTaker& take) override;
+  [[nodiscard]] std::uint64_t checksum() override;
   [[nodiscard]] std::int64_t storedBytes() const override;
   void remove() override;
   [[nodiscard]] bool isStable() const override { return false; }
@@ -26,6 +27,8 @@ class SqliteSort : public RowSort {
   using Database = std::unique_ptr<sqlite3, Close>;
 
   [[nodiscard]] Database open() const;
+  template <typename Take>
+  void readRows(const Take& take) const;
 
   std::string path_;
   std::string temporaryDirectory_;

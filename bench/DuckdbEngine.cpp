@@ -1,4 +1,4 @@
-#include "DuckdbSort.h"
+#include "DuckdbEngine.h"
 
 #ifdef ZVWT_WITH_DUCKDB
 
@@ -39,6 +39,7 @@ void destroyAppender(duckdb_appender* appender) {
 using Config = Owner<duckdb_config, duckdb_destroy_config>;
 using Chunk = Owner<duckdb_data_chunk, duckdb_destroy_data_chunk>;
 using Type = Owner<duckdb_logical_type, duckdb_destroy_logical_type>;
+using Statement = Owner<duckdb_prepared_statement, duckdb_destroy_prepare>;
 using Appender = Owner<duckdb_appender, destroyAppender>;
 
 class Result {
@@ -58,7 +59,7 @@ class Result {
 class Database {
  public:
   Database(const std::string& path, const std::string& temporaryDirectory,
-           const DuckdbSortSettings& settings) {
+           const DuckdbEngineSettings& settings) {
     Config config;
     if (duckdb_create_config(config.address()) != DuckDBSuccess) {
       fail("no configuration");
@@ -79,14 +80,21 @@ class Database {
 
   [[nodiscard]] duckdb_connection connection() const { return connection_.get(); }
 
-  void execute(const std::string& sql, duckdb_result* result) const {
-    if (duckdb_query(connection(), sql.c_str(), result) != DuckDBSuccess) {
-      fail(duckdb_result_error(result));
-    }
-  }
   void execute(const std::string& sql) const {
     Result result;
-    execute(sql, result.get());
+    if (duckdb_query(connection(), sql.c_str(), result.get()) != DuckDBSuccess) {
+      fail(duckdb_result_error(result.get()));
+    }
+  }
+
+  void stream(const char* sql, duckdb_result* result) const {
+    Statement statement;
+    if (duckdb_prepare(connection(), sql, statement.address()) != DuckDBSuccess) {
+      fail(duckdb_prepare_error(statement.get()));
+    }
+    if (duckdb_execute_prepared_streaming(statement.get(), result) != DuckDBSuccess) {
+      fail(duckdb_result_error(result));
+    }
   }
 
  private:
@@ -155,58 +163,115 @@ class Columns {
   std::array<void*, sampleColumnCount> data_ = {};
 };
 
-void append(const Appender& appender, const Chunk& chunk, const SampleRow* rows, idx_t count) {
+void require(duckdb_state state, const Appender& appender) {
+  if (state != DuckDBSuccess) {
+    fail(duckdb_appender_error(appender.get()));
+  }
+}
+
+void appendChunk(const Appender& appender, const Chunk& chunk, const SampleRow* rows, idx_t count) {
   duckdb_data_chunk_reset(chunk.get());
   Columns columns(chunk.get());
   for (idx_t i = 0; i < count; ++i) {
     columns.put(i, viewOf(rows[i]));
   }
   duckdb_data_chunk_set_size(chunk.get(), count);
-  if (duckdb_append_data_chunk(appender.get(), chunk.get()) != DuckDBSuccess) {
-    fail(duckdb_appender_error(appender.get()));
-  }
+  require(duckdb_append_data_chunk(appender.get(), chunk.get()), appender);
 }
 
-void append(const Database& database, const std::vector<SampleRow>& rows) {
-  Appender appender;
-  if (duckdb_appender_create_ext(database.connection(), "temp", "main", "input",
-                                 appender.address()) != DuckDBSuccess) {
-    fail(duckdb_appender_error(appender.get()));
-  }
+void appendChunks(const Appender& appender, const std::vector<SampleRow>& rows) {
   const Chunk chunk = makeChunk();
   const idx_t chunkRows = duckdb_vector_size();
   for (idx_t first = 0; first < rows.size(); first += chunkRows) {
-    append(appender, chunk, &rows[first], std::min<idx_t>(chunkRows, rows.size() - first));
+    appendChunk(appender, chunk, &rows[first], std::min<idx_t>(chunkRows, rows.size() - first));
   }
-  if (duckdb_appender_close(appender.get()) != DuckDBSuccess) {
-    fail(duckdb_appender_error(appender.get()));
+}
+
+duckdb_state appendText(duckdb_appender appender, std::string_view text) {
+  return duckdb_append_varchar_length(appender, text.data(), text.size());
+}
+
+bool appendRow(duckdb_appender appender, const RowView& row) {
+  return duckdb_appender_begin_row(appender) == DuckDBSuccess &&
+         duckdb_append_int64(appender, row.id) == DuckDBSuccess &&
+         duckdb_append_int64(appender, row.amount) == DuckDBSuccess &&
+         duckdb_append_int64(appender, row.cents) == DuckDBSuccess &&
+         appendText(appender, row.code) == DuckDBSuccess &&
+         appendText(appender, row.name) == DuckDBSuccess &&
+         duckdb_append_double(appender, row.day) == DuckDBSuccess &&
+         duckdb_append_bool(appender, row.flag) == DuckDBSuccess &&
+         duckdb_appender_end_row(appender) == DuckDBSuccess;
+}
+
+void appendRows(const Appender& appender, const std::vector<SampleRow>& rows) {
+  for (const SampleRow& row : rows) {
+    if (!appendRow(appender.get(), viewOf(row))) {
+      fail(duckdb_appender_error(appender.get()));
+    }
   }
+}
+
+/// Where the appender finds a table that has the columns of the sample rows.
+struct TablePlace {
+  const char* catalogue;  ///< "temp" for temporary tables; null for those of the file
+  const char* name;
+};
+
+void create(const Database& database, const TablePlace& table) {
+  database.execute(
+      std::string(table.catalogue == nullptr ? "CREATE TABLE " : "CREATE TEMP TABLE ") +
+      table.name +
+      " (id BIGINT, amount BIGINT, cents BIGINT, code VARCHAR, name VARCHAR,"
+      " day DOUBLE, flag BOOLEAN)");
+}
+
+void fill(const Database& database, const TablePlace& table, const std::vector<SampleRow>& rows,
+          DuckdbAppending appending) {
+  create(database, table);
+  Appender appender;
+  require(duckdb_appender_create_ext(database.connection(), table.catalogue, "main", table.name,
+                                     appender.address()),
+          appender);
+  if (appending == DuckdbAppending::wholeChunks) {
+    appendChunks(appender, rows);
+  } else {
+    appendRows(appender, rows);
+  }
+  require(duckdb_appender_close(appender.get()), appender);
 }
 
 }  // namespace
 
-DuckdbSort::DuckdbSort(const std::string& directory, const DuckdbSortSettings& settings)
-    : path_(directory + "/sorted.duckdb"), temporaryDirectory_(directory), settings_(settings) {}
+DuckdbEngine::DuckdbEngine(const std::string& directory, const DuckdbEngineSettings& settings)
+    : path_(directory + "/rows.duckdb"), temporaryDirectory_(directory), settings_(settings) {}
 
-/// The rows come in whole chunks, DuckDB's fastest way, into a temporary table, which costs less
-/// than one of the file's own. They are stored without compression, as ours are, which takes DuckDB
-/// a third less time. The checkpoint waits for the disk, and DuckDB cannot be told not to.
-void DuckdbSort::store(const Rows& rows, SortOrder order) {
+/// To be sorted, the rows come into a temporary table first, which costs less than one of the
+/// file's own; those that are not come in one transaction, without which the appender commits now
+/// and then. They are stored without compression, as ours are, which takes DuckDB a third less
+/// time. The checkpoint waits for the disk, and DuckDB cannot be told not to.
+void DuckdbEngine::store(const Rows& rows, SortOrder order) {
   const Database database(path_, temporaryDirectory_, settings_);
   database.execute("SET force_compression='uncompressed'");
-  database.execute(
-      "CREATE TEMP TABLE input (id BIGINT, amount BIGINT, cents BIGINT, code VARCHAR,"
-      " name VARCHAR, day DOUBLE, flag BOOLEAN)");
-  append(database, rows);
-  database.execute(std::string("CREATE TABLE sorted AS SELECT * FROM input ORDER BY ") +
-                   sqlKeys(order));
+  if (order == SortOrder::none) {
+    database.execute("BEGIN TRANSACTION");
+    fill(database, {.catalogue = nullptr, .name = "stored"}, rows, settings_.appending);
+    database.execute("COMMIT");
+  } else {
+    fill(database, {.catalogue = "temp", .name = "input"}, rows, settings_.appending);
+    database.execute(std::string("CREATE TABLE stored AS SELECT * FROM temp.input ORDER BY ") +
+                     sqlKeys(order));
+  }
   database.execute("CHECKPOINT");
 }
 
-void DuckdbSort::read(const RowTaker& take) {
+/// Without an ORDER BY, which would have them sorted, the rows come in the order in which they were
+/// stored all the same. The result is streamed: DuckDB would else gather all of it before the first
+/// chunk, which takes half as long again.
+template <typename Take>
+void DuckdbEngine::readRows(const Take& take) const {
   const Database database(path_, temporaryDirectory_, settings_);
   Result result;
-  database.execute("SELECT * FROM sorted ORDER BY rowid", result.get());
+  database.stream("SELECT * FROM stored", result.get());
   for (;;) {
     const Chunk chunk(duckdb_fetch_chunk(*result.get()));
     if (chunk.get() == nullptr) {
@@ -219,10 +284,18 @@ void DuckdbSort::read(const RowTaker& take) {
   }
 }
 
-std::int64_t DuckdbSort::storedBytes() const {
+void DuckdbEngine::read(const RowTaker& take) { readRows(take); }
+
+std::uint64_t DuckdbEngine::checksum() {
+  RowChecksum checksum;
+  readRows([&checksum](const RowView& row) { addRow(row, &checksum); });
+  return checksum.value();
+}
+
+std::int64_t DuckdbEngine::storedBytes() const {
   return static_cast<std::int64_t>(std::filesystem::file_size(path_));
 }
 
-void DuckdbSort::remove() { std::filesystem::remove(path_); }
+void DuckdbEngine::remove() { std::filesystem::remove(path_); }
 
 #endif  // ZVWT_WITH_DUCKDB

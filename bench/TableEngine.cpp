@@ -1,4 +1,4 @@
-#include "TableSort.h"
+#include "TableEngine.h"
 
 namespace {
 
@@ -27,7 +27,7 @@ RowView viewOf(const ZvbDatavar* values) {
 
 }  // namespace
 
-TableSort::TableSort(const std::string& directory, const TableSortSettings& settings)
+TableEngine::TableEngine(const std::string& directory, const TableEngineSettings& settings)
     : settings_(settings) {
   ZvbString error;
   manager_.reset(zvwtCreateManager("bench", directory.c_str(), &error));
@@ -42,14 +42,14 @@ TableSort::TableSort(const std::string& directory, const TableSortSettings& sett
   }
 }
 
-TableSort::~TableSort() {
+TableEngine::~TableEngine() {
   ZvbString ignored;
   if (name_.length() != 0) {
     static_cast<void>(manager_->deleteTable(name_, &ignored));
   }
 }
 
-Table TableSort::create(SortOrder order) {
+Table TableEngine::create(SortOrder order) {
   const int keyCount = order == SortOrder::none ? 0 : 2;
   ZvbString error;
   Table table(manager_->createTable(sampleColumnCount, keyCount, 0, &error));
@@ -64,7 +64,7 @@ Table TableSort::create(SortOrder order) {
   return table;
 }
 
-void TableSort::store(const Rows& rows, SortOrder order) {
+void TableEngine::store(const Rows& rows, SortOrder order) {
   spilledBytes_ = 0;
   const Table table = create(order);
   ZvbDatavar values[sampleColumnCount];
@@ -76,12 +76,17 @@ void TableSort::store(const Rows& rows, SortOrder order) {
   name_ = table->getName();
 }
 
-void TableSort::read(const RowTaker& take) {
+Table TableEngine::open(int count, const int* numbers, bool backwards) {
   ZvbString error;
-  const Table table(manager_->openTable(name_, false, &error));
+  Table table(manager_->openTable(name_, count, numbers, nullptr, backwards, &error));
   if (table == nullptr) {
     stop("open", error);
   }
+  return table;
+}
+
+void TableEngine::read(const RowTaker& take) {
+  const Table table = open();
   ZvbDatavar values[sampleColumnCount];
   bool end = false;
   while (table->readRow(values, &end)) {
@@ -90,15 +95,27 @@ void TableSort::read(const RowTaker& take) {
   require(end, "read", *table);
 }
 
-void TableSort::remove() {
+std::uint64_t TableEngine::checksum() {
+  const Table table = open();
+  ZvbDatavar values[sampleColumnCount];
+  RowChecksum checksum;
+  bool end = false;
+  while (table->readRow(values, &end)) {
+    addSample(values, &checksum);
+  }
+  require(end, "read", *table);
+  return checksum.value();
+}
+
+void TableEngine::remove() {
   ZvbString error;
-  if (!manager_->deleteTable(name_, &error)) {
+  if (name_.length() != 0 && !manager_->deleteTable(name_, &error)) {
     stop("delete", error);
   }
   name_.setNull();
 }
 
-std::int64_t TableSort::storedBytes() const {
+std::int64_t TableEngine::storedBytes() const {
   ZvwtTableSizes sizes;
   ZvbString error;
   if (!zvwtGetTableSizes(manager_.get(), name_, &sizes, &error)) {
@@ -107,7 +124,7 @@ std::int64_t TableSort::storedBytes() const {
   return sizes.dataBytes;
 }
 
-bool TableSort::keepProgress(const ZvDatafileSortProgress* progress, void* context) {
-  static_cast<TableSort*>(context)->spilledBytes_ = progress->spilledBytes;
+bool TableEngine::keepProgress(const ZvDatafileSortProgress* progress, void* context) {
+  static_cast<TableEngine*>(context)->spilledBytes_ = progress->spilledBytes;
   return true;
 }
