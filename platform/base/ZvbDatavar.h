@@ -42,7 +42,13 @@ class ZVB_API ZvbDatavar {
  public:
   /// A null of type string.
   ZvbDatavar() noexcept = default;
-  ZvbDatavar(const ZvbDatavar& other) noexcept { copy(other); }
+  ZvbDatavar(const ZvbDatavar& other) noexcept
+      : type_(other.type_),
+        held_(other.held_),
+        memoryShort_(other.memoryShort_),
+        number_(other.number_) {
+    copyText(other);
+  }
   ZvbDatavar& operator=(const ZvbDatavar& other) noexcept {
     if (this != &other) {
       copy(other);
@@ -182,9 +188,11 @@ class ZVB_API ZvbDatavar {
     type_ = other.type_;
     held_ = other.held_;
     memoryShort_ = other.memoryShort_;
-    if (held_ != Held::text) {
-      number_ = other.number_;
-    } else if (!text_.assign(other.text_)) [[unlikely]] {
+    number_ = other.number_;
+    copyText(other);
+  }
+  void copyText(const ZvbDatavar& other) noexcept {
+    if (held_ == Held::text && !text_.assign(other.text_)) [[unlikely]] {
       held_ = Held::null;
       memoryShort_ = true;
     }

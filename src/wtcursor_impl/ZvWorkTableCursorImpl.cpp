@@ -33,8 +33,11 @@ bool ZvWorkTableCursorImpl::lackTable() noexcept {
 
 bool ZvWorkTableCursorImpl::lackColumn() noexcept { return fail(WT_MESSAGE(noSuchColumn)); }
 
-bool ZvWorkTableCursorImpl::lackRow() noexcept {
-  return fail(WT_MESSAGE(cursorLacks, "row that was read"));
+/// Says why there is no such value: the first reason there is.
+void ZvWorkTableCursorImpl::lackValue(int index) noexcept {
+  if (hasColumn(index)) {
+    (void)fail(WT_MESSAGE(cursorLacks, "row that was read"));
+  }
 }
 
 /// For questions to which "none" is an answer: it does not replace the reason of a failure.
@@ -95,6 +98,7 @@ int ZvWorkTableCursorImpl::next() noexcept {
   if (!canRead) {
     return zvbCursorFailed;
   }
+  fetchedColumns_ = static_cast<unsigned>(table_->getColumnCount());
   bool endOfTable = false;
   if (table_->readRow(fetchRow_.get(), &endOfTable)) {
     return zvbCursorRow;

@@ -48,8 +48,12 @@ class ZvWorkTableCursorImpl final : public ZvWorkTableCursor {
 
   /// A value of the row that was read, until the next one is; null when there is none.
   [[nodiscard]] const ZvbDatavar* findValue(int index) noexcept {
-    const bool isThere = hasColumn(index) && (fetchRow_ != nullptr || lackRow());
-    return isThere ? &fetchRow_[static_cast<std::size_t>(index)] : nullptr;
+    const auto place = static_cast<unsigned>(index);  // a negative one is beyond all columns
+    if (fetchRow_ == nullptr || place >= fetchedColumns_) [[unlikely]] {
+      lackValue(index);
+      return nullptr;
+    }
+    return &fetchRow_[place];
   }
 
   /// What copyFrom does, for cursors of either kind: refuses a source that is not there or that is
@@ -78,7 +82,7 @@ class ZvWorkTableCursorImpl final : public ZvWorkTableCursor {
   bool hasTable() noexcept { return table_ != nullptr || lackTable(); }
   bool lackTable() noexcept;
   bool lackColumn() noexcept;
-  bool lackRow() noexcept;
+  [[gnu::noinline]] void lackValue(int index) noexcept;
   bool queryTable() noexcept;
   /// Asked of the cursor rather than of the table: a failure of the table's own would cost one that
   /// was just created its files.
@@ -100,9 +104,10 @@ class ZvWorkTableCursorImpl final : public ZvWorkTableCursor {
   Table table_;
   ZvbString lostName_;  // of a table that rewind could not open again
   bool removeOnClose_ = true;
-  ZvbArray<Column> columns_;  // of the table to be created
-  bool columnLost_ = false;   // memory was short for one of them
-  RowValues appendRow_;       // one value for each column of the table; made when needed
-  bool valueLost_ = false;    // memory was short for one that was set
-  RowValues fetchRow_;        // likewise
+  ZvbArray<Column> columns_;     // of the table to be created
+  bool columnLost_ = false;      // memory was short for one of them
+  RowValues appendRow_;          // one value for each column of the table; made when needed
+  bool valueLost_ = false;       // memory was short for one that was set
+  RowValues fetchRow_;           // likewise
+  unsigned fetchedColumns_ = 0;  // values of fetchRow_
 };
