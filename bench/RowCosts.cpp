@@ -4,41 +4,14 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <functional>
-#include <new>
 #include <stdexcept>
 
+#include "AllocationCount.h"
 #include "Measuring.h"
 #include "TableEngine.h"
 #include "zvwt.h"
-
-namespace {
-
-thread_local std::int64_t allocations = 0;
-
-void* allocate(std::size_t size) noexcept {
-  ++allocations;
-  return std::malloc(size);
-}
-
-}  // namespace
-
-// This program's allocation functions, which are the library's too, count. Those of arrays call
-// them.
-void* operator new(std::size_t size) {
-  void* block = allocate(size);
-  return block != nullptr ? block : throw std::bad_alloc();
-}
-void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-  return allocate(size);
-}
-// Inlined where its new is not, a delete seems to the compiler to free what malloc has not made.
-[[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
-[[gnu::noinline]] void operator delete(void* block, std::size_t /*size*/) noexcept {
-  std::free(block);
-}
 
 namespace {
 
@@ -69,15 +42,16 @@ std::int64_t systemCallsOf(const RowsWork& work) {
 
 /// Per row, from the first half on, when everything has the size that it needs.
 double allocationsOf(const RowsWork& work, std::size_t rowCount) {
+  const std::size_t firstHalf = rowCount / 2;
   std::size_t row = 0;
   std::int64_t first = 0;
   std::int64_t last = 0;
   work([&] {
     ++row;
-    first = row == rowCount / 2 ? allocations : first;
-    last = allocations;
+    first = row == firstHalf ? allocationCount() : first;
+    last = allocationCount();
   });
-  return static_cast<double>(last - first) / static_cast<double>(rowCount - rowCount / 2);
+  return static_cast<double>(last - first) / static_cast<double>(rowCount - firstHalf);
 }
 
 /// The most bytes of resident memory beyond those from before, looked at a hundred times.

@@ -107,6 +107,9 @@ valueCodec::Source DataElement::valueSource() const noexcept {
 /// Reading backwards, places at the last row; forwards, steps over the index entry of row 0, which
 /// nothing needs: row 0 begins where the file begins.
 bool DataElement::enterFirstRow() noexcept {
+  if (data_.handle == nullptr) {
+    return fail(WT_MESSAGE(shortRead, "column"));
+  }
   if (table_.readsBackwards && !positioned_ && rowCount_ > 0 && !seekRow(rowCount_ - 1)) {
     return false;
   }
