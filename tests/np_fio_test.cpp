@@ -222,7 +222,7 @@ TEST_F(Refills, AreFewWhenRowsAreReadBackwards) {
       readRow(row);
     }
   });
-  EXPECT_LT(calls, fileSize / 131'072);
+  EXPECT_LT(calls, fileSize / 65'536);
 }
 
 TEST_F(Refills, AreSmallWhenRowsAreReadAtRandom) {
