@@ -225,6 +225,18 @@ TEST_F(Refills, AreFewWhenRowsAreReadBackwards) {
   EXPECT_LT(calls, fileSize / 65'536);
 }
 
+TEST_F(Refills, AreFewWhenLongTextsAreReadBackwards) {
+  constexpr int size = 40'000;
+  const std::int64_t bytes = countedIn("rchar", [&] {
+    for (std::int64_t offset = fileSize - size; offset >= 0; offset -= size) {
+      ASSERT_EQ(np_fio_seek64(file_.get(), offset, npFioFromStart), offset);
+      ASSERT_EQ(readText(file_.get(), 1).size(), 1U);
+      ASSERT_NE(np_fio_peek(file_.get(), size - 1), nullptr);
+    }
+  });
+  EXPECT_LT(bytes, 2 * fileSize);
+}
+
 TEST_F(Refills, AreSmallWhenRowsAreReadAtRandom) {
   constexpr std::int64_t rows = 200;
   const std::int64_t bytes = countedIn("rchar", [&] {

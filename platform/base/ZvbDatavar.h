@@ -146,9 +146,10 @@ class ZVB_API ZvbDatavar {
   /// The text itself, without a copy, when holdsText(); valid until the next change.
   [[nodiscard]] std::string_view asTextView() const noexcept { return text_.view(); }
   [[nodiscard]] bool holdsText() const noexcept { return held_ == Held::text; }
-  /// Copies the text, without a terminator, when holdsText(). There is room for the text and for
-  /// ZvbText::inlineCapacity + 1 bytes at least: short texts are copied together with what lies
-  /// behind them, which takes no decision on their size.
+  /// Copies the text when holdsText(), one of up to ZvbText::inlineCapacity bytes with its
+  /// terminator. There is room for the text and for ZvbText::inlineCapacity + 1 bytes at least:
+  /// short texts are copied together with what lies behind them, which takes no decision on their
+  /// size.
   void copyTextTo(char* room) const noexcept { text_.copyTo(room); }
   /// True for a real that has been assigned as a double and is held as one.
   [[nodiscard]] bool holdsDouble() const noexcept { return held_ == Held::binary; }

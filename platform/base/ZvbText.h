@@ -78,7 +78,8 @@ class ZvbText {
   [[nodiscard]] const char* data() const noexcept {
     return size_ <= inlineCapacity ? inline_ : heap_;
   }
-  /// Copies the text to room for it and for inlineCapacity + 1 bytes at least.
+  /// Copies the text to room for it and for inlineCapacity + 1 bytes at least; the terminator comes
+  /// with a text of up to inlineCapacity bytes.
   void copyTo(char* room) const noexcept {
     if (size_ <= inlineCapacity) [[likely]] {
       std::memcpy(room, inline_, sizeof inline_);

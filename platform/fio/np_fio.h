@@ -46,13 +46,13 @@ constexpr int npFioSlack = 64;
 
 /// Open modes of np_fio_open.
 enum NpFioMode : int {
-  npFioRead = 1,        ///< reads; others may do anything
-  npFioReadWrite = 2,   ///< reads and writes, shared with others
-  npFioOnlyWriter = 3,  ///< reads and writes; a second only-writer in any process gets npFioInUse
+  npFioRead = 1,       ///< reads; others may do anything
+  npFioReadWrite = 2,  ///< reads and writes, shared with others
+  /// Reads and writes; a second only-writer in any process gets npFioInUse. It may reserve space
+  /// behind the file's end and gives it back at the close, so nobody may append to the file
+  /// meanwhile.
+  npFioOnlyWriter = 3,
 };
-
-// An only-writer that writes more than its buffer holds keeps up to 1 MiB of space reserved ahead
-// where the file system can, until the file is closed.
 
 /// From where np_fio_seek64 counts.
 enum NpFioWhence : int { npFioFromStart = 0, npFioFromHere = 1, npFioFromEnd = 2 };

@@ -32,7 +32,7 @@ constexpr std::int64_t reservedAhead = std::int64_t{1024} * 1024;
 constexpr std::int64_t hintedBefore = std::int64_t{1024} * 1024;
 constexpr std::size_t smallWindow = std::size_t{8} * 1024;
 constexpr std::int64_t nearDistance = std::int64_t{64} * 1024;
-constexpr int largestPeek = 64 * 1024;
+constexpr std::size_t largestPeek = npFioPeekLimit;
 /// So far below the limit of the type that the sum of a position and a size never overflows.
 constexpr std::int64_t largestPosition = std::numeric_limits<std::int64_t>::max() / 2;
 
@@ -44,6 +44,7 @@ struct OpenFile : np_fio_file {
   std::int64_t loadedOffset = 0;
   std::size_t loadedSize = 0;
   std::size_t window = smallWindow;           // bytes that the last load was meant to take
+  std::size_t largestNeed = 0;                // bytes that were ever needed at once, to largestPeek
   int status = npFioSuccess;                  // of the last failure
   std::int64_t hintedFrom = largestPosition;  // of the bytes that the system was told will be read
   std::int64_t reservedEnd = 0;               // of the space reserved for what is written; 0: none
@@ -119,9 +120,19 @@ std::size_t writeAll(OpenFile& file, const unsigned char* bytes, std::size_t siz
   return done;
 }
 
-/// Keeps space reserved for what the buffer holds and for what it will hold next: bytes that it
-/// accepts are then not refused by a full disk later, and writing into reserved space is faster. A
-/// file that fits the buffer reserves nothing.
+/// Gives back the space that was reserved and not written.
+void trimSpace(OpenFile& file) noexcept {
+  std::int64_t size = 0;
+  if (file.reservedEnd != 0 && fioSystem::size(file.system, &size) == npFioSuccess &&
+      size < file.reservedEnd) {
+    (void)fioSystem::truncate(file.system, size);
+  }
+  file.reservedEnd = 0;
+}
+
+/// Keeps space reserved for what the buffer holds and will hold next, since writing into reserved
+/// space is faster. A file that fits the buffer reserves nothing. A reservation that fails may have
+/// taken a part of the space, which others may need: it is given back, and there is no other.
 void reserveSpace(OpenFile& file, std::size_t size) noexcept {
   const std::int64_t end = file.beginOffset + static_cast<std::int64_t>(size);
   const std::int64_t needed = end + static_cast<std::int64_t>(bufferSize);
@@ -129,16 +140,10 @@ void reserveSpace(OpenFile& file, std::size_t size) noexcept {
     return;
   }
   const std::int64_t from = std::max(file.beginOffset, file.reservedEnd);
-  file.reserves = fioSystem::reserve(file.system, from, end + reservedAhead - from) == npFioSuccess;
-  file.reservedEnd = file.reserves ? end + reservedAhead : file.reservedEnd;
-}
-
-/// Gives back the space that was reserved and not written.
-void trimSpace(OpenFile& file) noexcept {
-  std::int64_t size = 0;
-  if (file.reservedEnd != 0 && fioSystem::size(file.system, &size) == npFioSuccess &&
-      size < file.reservedEnd) {
-    (void)fioSystem::truncate(file.system, size);
+  file.reservedEnd = end + reservedAhead;
+  file.reserves = fioSystem::reserve(file.system, from, file.reservedEnd - from) == npFioSuccess;
+  if (!file.reserves) {
+    trimSpace(file);
   }
 }
 
@@ -200,13 +205,15 @@ bool isNearLoaded(const OpenFile& file, std::int64_t offset) noexcept {
 }
 
 /// How many bytes in front of `offset` the next load takes along: none but for a reader that walks
-/// backwards. The load then begins at a page, and a peek of any size fits behind `offset`.
-std::size_t bytesBefore(const OpenFile& file, std::int64_t offset, std::size_t needed) noexcept {
+/// backwards. The load then begins at a page, and leaves as much room behind `offset` as the reader
+/// has ever needed at once, so that a long text does not take a load of its own.
+std::size_t bytesBefore(const OpenFile& file, std::int64_t offset) noexcept {
   constexpr std::int64_t pageSize = 4096;
-  if (!isNearLoaded(file, offset) || offset >= file.loadedOffset || needed > bufferSize / 4) {
+  if (!isNearLoaded(file, offset) || offset >= file.loadedOffset) {
     return 0;
   }
-  const auto before = static_cast<std::int64_t>(file.window / 4 * 3);
+  const auto before =
+      static_cast<std::int64_t>(std::min(file.window / 4 * 3, bufferSize - file.largestNeed));
   const std::int64_t start =
       offset > before ? (offset - before + pageSize - 1) / pageSize * pageSize : 0;
   return static_cast<std::size_t>(offset - start);
@@ -233,7 +240,9 @@ void load(OpenFile& file, std::size_t needed) noexcept {
   const std::int64_t offset = position(file);
   const std::size_t kept = readable(file);
   file.window = isNearLoaded(file, offset) ? std::min(file.window * 2, bufferSize) : smallWindow;
-  const std::size_t before = kept == 0 ? bytesBefore(file, offset, needed) : 0;
+  file.largestNeed = std::max(file.largestNeed, std::min(needed, largestPeek));
+  const bool mayStartBefore = kept == 0 && needed <= largestPeek;
+  const std::size_t before = mayStartBefore ? bytesBefore(file, offset) : 0;
   const std::int64_t start = offset - static_cast<std::int64_t>(before);
   if (before != 0 && file.window == bufferSize) {
     hintBefore(file, start);
@@ -438,7 +447,6 @@ int np_fio_trunc(np_fio_handle file) noexcept {
   const std::int64_t end = position(open);
   standAt(open, end);
   open.loadedSize = 0;
-  open.reservedEnd = 0;
   const int status = fioSystem::truncate(open.system, end);
   if (status != npFioSuccess) {
     open.status = status;
@@ -462,7 +470,6 @@ int np_fio_cut(np_fio_handle file, std::int64_t size) noexcept {
   std::int64_t fileSize = 0;
   int status = fioSystem::size(open.system, &fileSize);
   if (status == npFioSuccess && fileSize > size) {
-    open.reservedEnd = 0;
     status = fioSystem::truncate(open.system, size);
   }
   return status;
@@ -534,7 +541,7 @@ std::int64_t np_fio_seekSlow(np_fio_handle file, std::int64_t offset, int whence
 }
 
 const unsigned char* np_fio_peekSlow(np_fio_handle file, int count) noexcept {
-  if (file == nullptr || count <= 0 || count > largestPeek) {
+  if (file == nullptr || count <= 0 || count > npFioPeekLimit) {
     return nullptr;
   }
   OpenFile& open = openFile(file);
@@ -547,7 +554,7 @@ const unsigned char* np_fio_peekSlow(np_fio_handle file, int count) noexcept {
 }
 
 unsigned char* np_fio_reserveSlow(np_fio_handle file, int count) noexcept {
-  if (file == nullptr || count <= 0 || count > largestPeek) {
+  if (file == nullptr || count <= 0 || count > npFioPeekLimit) {
     return nullptr;
   }
   OpenFile& open = openFile(file);

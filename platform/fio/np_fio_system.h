@@ -41,7 +41,7 @@ using File = std::intptr_t;
 /// Makes the file `bytes` long; zero bytes fill what is new, and space reserved behind it is free.
 [[nodiscard]] int truncate(File file, std::int64_t bytes) noexcept;
 /// Reserves space for `bytes` from `offset` on, whether the file has reached it or not; its size
-/// stays. Fails where that is not to be had or costs more than it spares.
+/// stays. Fails where that costs more than it spares, and may then have reserved a part.
 [[nodiscard]] int reserve(File file, std::int64_t offset, std::int64_t bytes) noexcept;
 /// A hint that these bytes will be read soon.
 void willRead(File file, std::int64_t offset, std::int64_t bytes) noexcept;

@@ -101,14 +101,15 @@ class DataElement {
   bool findLastRow(std::int64_t* rowsToPass) noexcept;
   valueCodec::Result encodeRow(const ZvbDatavar* const* values, std::int64_t* size) const noexcept;
 
+  // Reading. What rows need rarely is never inline: it would take registers from what they need
+  // always.
   bool seekToEnd() noexcept;
   bool readIndexEntry(std::int64_t* offset) const noexcept;
   [[gnu::noinline]] bool enterFirstRow() noexcept;
   [[nodiscard]] valueCodec::Source valueSource() const noexcept;
-  // Out of line, so that it takes no registers from the reading of whole rows.
   [[gnu::noinline]] valueCodec::Result decodeRow(ZvbDatavar* const* targets, int valueCount,
                                                  int* columnsRead) noexcept;
-  valueCodec::Result decodeWholeRow(ZvbDatavar* const* targets, int* columnsRead) noexcept;
+  valueCodec::Result decodeWholeRow(ZvbDatavar* const* targets) noexcept;
   bool passRest(int columnsRead) noexcept;
   [[gnu::noinline]] bool placeForwards(int columnsRead) noexcept;
   [[gnu::noinline]] bool placeBackwards() noexcept;

@@ -6,6 +6,19 @@
 
 using valueCodec::Result;
 
+namespace {
+
+/// Gives the value of a column's first target to the others.
+[[gnu::noinline]] void deliverAgain(const ColumnDefinition& definition,
+                                    ZvbDatavar* const* targets) noexcept {
+  const std::int32_t* places = definition.targets.get();
+  for (std::uint32_t i = 1; i < definition.targetCount; ++i) {
+    *targets[places[i]] = *targets[places[0]];
+  }
+}
+
+}  // namespace
+
 bool DataElement::seekRow(std::int64_t row) noexcept {
   const bool alreadyThere = row == currentRow_ && (positioned_ || !table_.readsBackwards);
   if (alreadyThere) {
@@ -67,17 +80,17 @@ bool DataElement::readRow(ZvbDatavar* const* targets, int valueCount, bool* endO
     return false;
   }
   currentRow_ += backwards ? -1 : 1;
-  int columnsRead = 0;
-  const Result result = table_.readsWholeRows ? decodeWholeRow(targets, &columnsRead)
+  int columnsRead = table_.columnCount;
+  const Result result = table_.readsWholeRows ? decodeWholeRow(targets)
                                               : decodeRow(targets, valueCount, &columnsRead);
   if (result != Result::done) [[unlikely]] {
     return leaveDamagedRow(result);
   }
-  const bool wholeRowRead = valueCount != 0 && columnsRead == table_.columnCount;
   if (backwards) {
     return placeBackwards();
   }
   // The next row follows by itself when the whole row was read.
+  const bool wholeRowRead = valueCount != 0 && columnsRead == table_.columnCount;
   return wholeRowRead || placeForwards(columnsRead);
 }
 
@@ -119,7 +132,7 @@ bool DataElement::enterFirstRow() noexcept {
   return !stepOver || readIndexEntry(&ignored) || fail(WT_MESSAGE(shortRead, "column"));
 }
 
-Result DataElement::decodeWholeRow(ZvbDatavar* const* targets, int* columnsRead) noexcept {
+Result DataElement::decodeWholeRow(ZvbDatavar* const* targets) noexcept {
   ValueReader reader(valueSource(), &readOffset_);
   const int columnCount = table_.columnCount;
   for (int column = 0; column < columnCount; ++column) {
@@ -129,17 +142,7 @@ Result DataElement::decodeWholeRow(ZvbDatavar* const* targets, int* columnsRead)
     }
   }
   reader.finish();
-  *columnsRead = columnCount;
   return Result::done;
-}
-
-/// Gives the value of a column's first target to the others.
-[[gnu::noinline]] static void deliverAgain(const ColumnDefinition& definition,
-                                           ZvbDatavar* const* targets) noexcept {
-  const std::int32_t* places = definition.targets.get();
-  for (std::uint32_t i = 1; i < definition.targetCount; ++i) {
-    *targets[places[i]] = *targets[places[0]];
-  }
 }
 
 Result DataElement::decodeRow(ZvbDatavar* const* targets, int valueCount,

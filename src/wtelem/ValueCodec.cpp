@@ -177,9 +177,10 @@ Result encodeValue(ColumnDefinition* column, const ZvbDatavar& value, np_fio_han
   if (room == nullptr) {
     return Result::fileFailed;
   }
-  const unsigned char* end = encodeInPlace(column, value, room, room + fixedValueSize);
-  np_fio_commit(file, static_cast<int>(end - room));
-  *offset += end - room;
+  // Never null: the room suffices for all that is no text, and memory is not short.
+  const unsigned char* next = encodeInPlace(column, value, room, room + fixedValueSize);
+  np_fio_commit(file, static_cast<int>(next - room));
+  *offset += next - room;
   return Result::done;
 }
 

@@ -31,7 +31,12 @@ namespace valueCodec {
 inline constexpr unsigned char nullBit = 0x80;
 inline constexpr unsigned char longLengthBit = 0x80;
 inline constexpr std::uint32_t shortLengthEnd = 128;
-inline constexpr int fixedValueSize = 1 + 24;  ///< bytes of the largest value that is no text
+/// Bytes of values with their tag.
+inline constexpr int nullSize = 1;
+inline constexpr int booleanSize = 1 + 1;
+inline constexpr int numberSize = 1 + 8;  ///< of an integer or a date
+inline constexpr int realSize = 1 + 24;
+inline constexpr int fixedValueSize = realSize;  ///< the largest that is no text
 /// Texts of up to this many bytes, terminator included, are read and written in place.
 inline constexpr int shortTextSize = ZvbText::inlineCapacity + 1;
 static_assert(shortTextSize <= npFioSlack);
@@ -48,11 +53,11 @@ constexpr unsigned char tagOf(StorageCode code) noexcept {
 
 /// The bytes of a value by its tag, which is counted; 0 for a text and for what is no tag.
 constexpr int fixedSizeOf(unsigned char tag) noexcept {
-  constexpr unsigned char sizes[] = {0, 1 + 1, 1 + 8, 1 + 8, 1 + 24};
+  constexpr unsigned char sizes[] = {0, booleanSize, numberSize, numberSize, realSize};
   if (tag < sizeof sizes) {
     return sizes[tag];
   }
-  return (tag & nullBit) != 0 ? 1 : 0;
+  return (tag & nullBit) != 0 ? nullSize : 0;
 }
 
 /// Appends one value, converted to its column's type, and counts its bytes in *offset. A value that
@@ -105,13 +110,15 @@ inline unsigned char* putNullInPlace(unsigned char code, unsigned char* at,
 
 inline unsigned char* putTextInPlace(ColumnDefinition* column, const ZvbDatavar& value,
                                      unsigned char* at, const unsigned char* end) noexcept {
-  const std::size_t size = value.asTextView().size();
-  const auto length = static_cast<std::int32_t>(size) + 1;
-  const bool isCut = column->width >= 1 && length > column->width + 1;
-  if (!value.holdsText() || isCut) [[unlikely]] {
+  if (!value.holdsText()) [[unlikely]] {
     return nullptr;
   }
-  if (size >= shortTextSize) {
+  const auto length = static_cast<std::int32_t>(value.asTextView().size()) + 1;
+  const bool isCut = column->width >= 1 && length - 1 > column->width;
+  if (isCut) [[unlikely]] {
+    return nullptr;
+  }
+  if (length > shortTextSize) {
     return putLongTextInPlace(column, value, at, end);
   }
   if (end - at < 2 + length) [[unlikely]] {
@@ -184,7 +191,11 @@ inline const unsigned char* readTextInPlace(const Source& source, ZvbDatavar* ta
     return nullptr;
   }
   const char* text = reinterpret_cast<const char*>(at) + 2;
-  target->assignPadded(text, zvbPaddedTextSize(text, static_cast<std::size_t>(length)));
+  const std::size_t size = zvbPaddedTextSize(text, static_cast<std::size_t>(length));
+  if (size == shortTextSize) [[unlikely]] {  // without its terminator it is a long one
+    return nullptr;
+  }
+  target->assignPadded(text, size);
   return at + 2 + length;
 }
 
@@ -192,33 +203,33 @@ inline const unsigned char* readTextInPlace(const Source& source, ZvbDatavar* ta
 inline const unsigned char* decodeFixedInPlace(const Source& source, ZvbDatavar* target,
                                                const unsigned char* at,
                                                const unsigned char* end) noexcept {
-  const auto holds = [at, end](std::ptrdiff_t payloadSize) { return end - at > payloadSize; };
+  const auto holds = [at, end](std::ptrdiff_t size) { return end - at >= size; };
   switch (static_cast<StorageCode>(at[0])) {
     case StorageCode::boolean:
-      if (holds(1)) [[likely]] {
+      if (holds(booleanSize)) [[likely]] {
         target->assign(at[1] != 0);
-        return at + 2;
+        return at + booleanSize;
       }
       return nullptr;
     case StorageCode::date:
-      if (holds(8)) [[likely]] {
+      if (holds(numberSize)) [[likely]] {
         target->assign(numberAt<double>(at + 1, source.swap));
         target->setType(zvbTypeDate);
-        return at + 9;
+        return at + numberSize;
       }
       return nullptr;
     case StorageCode::integer:
-      if (holds(8)) [[likely]] {
+      if (holds(numberSize)) [[likely]] {
         target->assign(numberAt<std::int64_t>(at + 1, source.swap));
-        return at + 9;
+        return at + numberSize;
       }
       return nullptr;
     case StorageCode::real:
-      if (holds(24)) [[likely]] {
+      if (holds(realSize)) [[likely]] {
         std::uint64_t words[3];
         std::memcpy(words, at + 1, sizeof words);
         target->assign(ZvbReal::fromFD(words, source.swap));
-        return at + 25;
+        return at + realSize;
       }
       return nullptr;
     default:
@@ -226,7 +237,7 @@ inline const unsigned char* decodeFixedInPlace(const Source& source, ZvbDatavar*
         return nullptr;
       }
       target->setNull();
-      return at + 1;
+      return at + nullSize;
   }
 }
 
@@ -248,16 +259,16 @@ inline const unsigned char* passInPlace(const unsigned char* at,
   };
   switch (static_cast<StorageCode>(at[0])) {
     case StorageCode::boolean:
-      return passed(1 + 1);
+      return passed(booleanSize);
     case StorageCode::date:
     case StorageCode::integer:
-      return passed(1 + 8);
+      return passed(numberSize);
     case StorageCode::real:
-      return passed(1 + 24);
+      return passed(realSize);
     case StorageCode::text:
       return at[1] != 0 && (at[1] & longLengthBit) == 0 ? passed(2 + at[1]) : nullptr;
     default:
-      return (at[0] & nullBit) != 0 ? passed(1) : nullptr;
+      return (at[0] & nullBit) != 0 ? passed(nullSize) : nullptr;
   }
 }
 

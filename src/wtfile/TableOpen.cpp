@@ -32,6 +32,8 @@ void ZVWTFileImpl::startClean(bool forReading, bool backwards) noexcept {
   state_.openedForReading = forReading;
   state_.readsBackwards = backwards;
   state_.otherByteOrder = false;
+  state_.readsWholeRows = false;
+  state_.firstDelivered = 0;
   state_.stringBuffer.setLimit(0);
   selection_ = Selection();
   rowRefused_ = false;
