@@ -9,8 +9,8 @@
 
 namespace {
 
-/// True when entry i of the vector points at value i. Two rows are never the same values but for
-/// rows without any, which have a vector all the same.
+/// True when the vector was filled for these values, as it is for every row of a caller that uses
+/// the same array again.
 template <typename Value>
 bool pointsAt(const std::unique_ptr<Value*[]>& vector, const void* values) noexcept {
   return vector != nullptr && vector[0] == values;
