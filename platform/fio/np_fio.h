@@ -192,8 +192,8 @@ inline void np_fio_consume(np_fio_handle file, int count) noexcept { file->curso
 /// Counts the first `count` bytes of the room that np_fio_reserve has given as written.
 inline void np_fio_commit(np_fio_handle file, int count) noexcept { file->cursor += count; }
 
-/// A part of a handle's buffer, empty when `next` is not below `end`. Valid until the next call on
-/// the handle.
+/// A part of the buffer of a handle, which is not null; empty when `next` is not below `end`. Valid
+/// until the next call on the handle.
 template <typename Byte>
 struct np_fio_part {
   Byte* next;
