@@ -53,6 +53,37 @@ struct ZvwtTableSizes {
 extern "C" ZVB_API bool zvwtGetTableSizes(ZvWorkTableManager* manager, const ZvbString& tableName,
                                           ZvwtTableSizes* sizes, ZvbString* error);
 
+/// Something in a table's files that is not as it has to be.
+struct ZvwtFinding {
+  const char* file;     ///< its path; of a file that is missing its name
+  std::int64_t offset;  ///< in bytes, where in the file
+  /// A sentence for people: what is expected there and what is found. Rows and columns in it count
+  /// from 0.
+  const char* rule;
+};
+
+/// Is given one finding at a time and the caller's context. The finding and its texts are valid
+/// until it returns; false ends the check. Must not throw.
+using ZvwtFindingTaker = bool (*)(const ZvwtFinding* finding, void* context);
+
+/// Holds the files of a closed table against all that is known of them: catalogue, rows and index,
+/// every byte, as docs/file-format.md has it. Texts are not looked at beyond their terminators: any
+/// bytes may be stored.
+///
+/// The files are read once and never changed, with memory for the catalogue's columns and a few
+/// buffers, whatever the files say. A finding does not end the check, but what cannot be understood
+/// because of it is not looked at; after 100 findings it ends. Bytes behind the last counted row
+/// are none: a killed writer leaves them, and the next append removes them.
+///
+/// `taker`, which may be null, is called with `context` on the calling thread. True when the check
+/// could be made, with the number of findings in *findings: 0, the table is sound. False with the
+/// reason in *error when it could not: 1353 or 1784 there is no such table or a file cannot be
+/// opened, 1301 a file cannot be read, 29 memory is short; *findings then counts what was found
+/// before. May be called from any thread; nobody may append to the table meanwhile.
+extern "C" ZVB_API bool zvwtCheckTable(ZvWorkTableManager* manager, const ZvbString& tableName,
+                                       ZvwtFindingTaker taker, void* context,
+                                       std::int64_t* findings, ZvbString* error);
+
 /// Has the sorts of a manager's tables report to `callback`, with `context` handed through; null:
 /// to nobody. Counts for tables whose first row is written after it. The callback runs on the
 /// thread that writes or closes the table; when it returns false the sort is cancelled: writeRow or

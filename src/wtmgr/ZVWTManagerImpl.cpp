@@ -8,6 +8,7 @@
 #include "base/zvb_config.h"
 #include "base/zvb_uuid.h"
 #include "fio/np_fio.h"
+#include "wtcheck/TableCheck.h"
 #include "wtelem/messages.h"
 #include "wtmgr/Partition.h"
 
@@ -191,6 +192,17 @@ bool ZVWTManagerImpl::getTableSizes(const ZvbString& name, ZvwtTableSizes* sizes
             .dataBytes = bytes.dataBytes,
             .indexBytes = bytes.indexBytes};
   return true;
+}
+
+bool ZVWTManagerImpl::checkTable(const ZvbString& name, ZvwtFindingTaker taker, void* context,
+                                 std::int64_t* findings, ZvbString* error) const noexcept {
+  CheckReport report(taker, context);
+  ::checkTable(directories_, name.asCstr(), &report);
+  *findings = report.findings();
+  if (report.failed()) {
+    *error = report.error();
+  }
+  return !report.failed();
 }
 
 // ---- Keys

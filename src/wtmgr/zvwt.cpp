@@ -19,6 +19,12 @@ bool zvwtGetTableSizes(ZvWorkTableManager* manager, const ZvbString& tableName,
   return static_cast<ZVWTManagerImpl*>(manager)->getTableSizes(tableName, sizes, error);
 }
 
+bool zvwtCheckTable(ZvWorkTableManager* manager, const ZvbString& tableName, ZvwtFindingTaker taker,
+                    void* context, std::int64_t* findings, ZvbString* error) {
+  return static_cast<ZVWTManagerImpl*>(manager)->checkTable(tableName, taker, context, findings,
+                                                            error);
+}
+
 bool zvwtSetSortProgress(ZvWorkTableManager* manager, ZvDatafileSortCallback callback,
                          void* context, ZvbString* error) {
   return static_cast<ZVWTManagerImpl*>(manager)->setSortProgress(callback, context, error);

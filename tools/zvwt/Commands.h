@@ -92,6 +92,11 @@ struct PartitionOptions {
   int parts = 1;
 };
 
+struct CheckOptions {
+  std::vector<std::string> tables;
+  bool asJson = false;
+};
+
 struct DeleteOptions {
   std::vector<std::string> tables;
 };
@@ -116,6 +121,8 @@ struct DeleteOptions {
 [[nodiscard]] ExitCode runPartition(ZvWorkTableManager& manager, const PartitionOptions& options);
 /// Prints the URI of a source.
 [[nodiscard]] ExitCode runPrintUri(ZvWorkTableManager& manager, const SourceOptions& options);
+/// Prints what is wrong in the files of tables; a failure is one of any of them.
+[[nodiscard]] ExitCode runCheck(ZvWorkTableManager& manager, const CheckOptions& options);
 /// Deletes every table that can be deleted; a failure is one of any of them.
 [[nodiscard]] ExitCode runDelete(ZvWorkTableManager& manager, const DeleteOptions& options);
 

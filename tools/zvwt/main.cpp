@@ -32,6 +32,7 @@ struct Options {
   AppendOptions append;
   PartitionOptions partition;
   InfoOptions info;
+  CheckOptions check;
   DeleteOptions remove;
   const SourceOptions* uriWanted = nullptr;  ///< print this one's URI in place of running the verb
   /// Runs the verb that was given.
@@ -249,6 +250,14 @@ void addInfo(CLI::App* app, Options* options) {
                  "only the table's statistics as the library's cursor gives them");
 }
 
+void addCheck(CLI::App* app, Options* options) {
+  CLI::App* verb = addVerb(app, "check", "Prints what is wrong in the files of tables, if anything",
+                           runCheck, &options->check, options);
+  verb->add_option("TABLE", options->check.tables, "the tables' names")->required();
+  verb->add_flag("--json", options->check.asJson,
+                 "an array with an object for each finding: table, file, offset and rule");
+}
+
 void addDelete(CLI::App* app, Options* options) {
   CLI::App* verb = addVerb(app, "delete", "Deletes tables", runDelete, &options->remove, options);
   verb->add_option("TABLE", options->remove.tables, "the tables' names")->required();
@@ -267,6 +276,7 @@ ExitCode run(int argumentCount, char** arguments) {
   addAppend(&app, &options);
   addPartition(&app, &options);
   addInfo(&app, &options);
+  addCheck(&app, &options);
   addDelete(&app, &options);
   try {
     app.parse(argumentCount, arguments);

@@ -1,0 +1,349 @@
+#include "wtcheck/CatalogueCheck.h"
+
+#include <algorithm>
+#include <cinttypes>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <string_view>
+#include <utility>
+
+#include "wtcheck/ElementCheck.h"
+#include "wtelem/FileFields.h"
+#include "wtelem/messages.h"
+
+namespace {
+
+constexpr std::uint16_t byteOrderMark = 1;
+constexpr int ownVersion = 100;  // in hundredths
+constexpr int highestMajorVersion = 1;
+constexpr int fixedPartSize = 32;  // bytes
+constexpr int recordHeadSize = 16;
+constexpr const char* dataPrefix = "zvwte_";
+constexpr const char* indexPrefix = "zvwtei_";
+constexpr int randomCharacters = 16;
+/// The most that an index can have entries for.
+constexpr std::int64_t maximumRows =
+    std::numeric_limits<std::int64_t>::max() / ElementCheck::indexEntrySize;
+
+/// Bytes of an element file's name, terminator included.
+constexpr int nameSize(const char* prefix) noexcept {
+  return static_cast<int>(std::string_view(prefix).size()) + randomCharacters + 1;
+}
+
+/// The fewest bytes that an element's record and a column's take.
+constexpr std::int64_t leastElementSize = recordHeadSize + nameSize(dataPrefix);
+constexpr std::int64_t leastColumnSize = recordHeadSize + 1;
+
+bool isFileName(std::string_view name, std::string_view prefix) noexcept {
+  return name.starts_with(prefix) &&
+         std::all_of(name.begin() + static_cast<std::ptrdiff_t>(prefix.size()), name.end(),
+                     [](char character) {
+                       return (character >= 'a' && character <= 'z') ||
+                              (character >= '0' && character <= '9');
+                     });
+}
+
+constexpr std::int64_t mostOf(std::int64_t bytes, std::int64_t leastSize) noexcept {
+  return std::min<std::int64_t>(bytes / leastSize, std::numeric_limits<std::int32_t>::max());
+}
+
+}  // namespace
+
+void CatalogueCheck::run() noexcept {
+  if (checkFixedPart() && checkColumns() && checkElements()) {
+    checkRowCount();
+    if (file_.left() > 0) {
+      report_.add(file_.path(), file_.position(),
+                  "%" PRId64 " bytes follow the last record: the catalogue must end here",
+                  file_.left());
+    }
+  }
+  checkLongestTexts();
+}
+
+template <typename Number>
+Number CatalogueCheck::field(const unsigned char* bytes) const noexcept {
+  return loadField<Number>(bytes, swap_);
+}
+
+CheckedColumns CatalogueCheck::columns() const noexcept { return {columns_.get(), columnsRead_}; }
+
+// ---- Parts of records
+
+bool CatalogueCheck::readPart(unsigned char* bytes, int count, const char* what) noexcept {
+  if (file_.left() < count) {
+    report_.add(file_.path(), file_.position(),
+                "the catalogue ends inside %s: it takes %d bytes, %" PRId64 " are left", what,
+                count, file_.left());
+    return false;
+  }
+  return file_.read(bytes, count);
+}
+
+/// Passes over what a record's length tells beyond the bytes that are known and were read.
+bool CatalogueCheck::passSurplus(std::int64_t lengthOffset, std::int64_t length, int known,
+                                 const char* what) noexcept {
+  if (length == known) {
+    return true;
+  }
+  if (hasOwnVersion_ || length < known) {
+    report_.add(file_.path(), lengthOffset, "%s has the length %" PRId64 ": %d is expected", what,
+                length, known);
+    return hasOwnVersion_;
+  }
+  const std::int64_t surplus = length - known;
+  if (surplus > file_.left()) {
+    report_.add(file_.path(), lengthOffset,
+                "%s has the length %" PRId64 ": the catalogue has only %" PRId64 " bytes for it",
+                what, length, known + file_.left());
+    return false;
+  }
+  return file_.moveTo(file_.position() + surplus);
+}
+
+bool CatalogueCheck::checkName(std::int64_t lengthOffset, std::int64_t length,
+                               const char* what) noexcept {
+  if (length < 1 || length > file_.left()) {
+    report_.add(file_.path(), lengthOffset,
+                "%s has the length %" PRId64 ": 1 to %" PRId64 " bytes are possible", what, length,
+                file_.left());
+    return false;
+  }
+  const std::int64_t begin = file_.position();
+  std::int64_t passed = 0;
+  bool isTerminated = false;
+  if (!file_.passText(length, &passed, &isTerminated)) {
+    return false;
+  }
+  if (!isTerminated) {
+    report_.add(file_.path(), begin + length - 1,
+                "%s of %" PRId64 " bytes does not end in a zero byte", what, length);
+  } else if (passed < length) {
+    report_.add(file_.path(), begin + passed - 1,
+                "%s of %" PRId64 " bytes has a zero byte before its end", what, length);
+  }
+  return isTerminated && passed == length;
+}
+
+// ---- The fixed part
+
+bool CatalogueCheck::checkFixedPart() noexcept {
+  unsigned char bytes[fixedPartSize] = {};
+  if (!readPart(bytes, fixedPartSize, "its fixed part")) {
+    return false;
+  }
+  const auto mark = loadField<std::uint16_t>(bytes, false);
+  swap_ = mark == reversedBytes(byteOrderMark);
+  if (mark != byteOrderMark && !swap_) {
+    report_.add(file_.path(), 0,
+                "the byte-order mark is %u: 1 is expected, in one byte order or the other",
+                unsigned{mark});
+    return false;
+  }
+  if (!checkVersion(field<std::int16_t>(bytes + 2))) {
+    return false;
+  }
+  columnCount_ = field<std::uint32_t>(bytes + 8);
+  elementCount_ = field<std::uint32_t>(bytes + 12);
+  rowCount_ = field<std::int64_t>(bytes + 24);
+  if (rowCount_ < 0) {
+    report_.add(file_.path(), 24, "the number of rows is %" PRId64 ": it cannot be negative",
+                rowCount_);
+  }
+  return passSurplus(4, field<std::uint16_t>(bytes + 4), fixedPartSize, "the fixed part") &&
+         checkName(6, field<std::uint16_t>(bytes + 6), "the access key");
+}
+
+bool CatalogueCheck::checkVersion(std::int16_t version) noexcept {
+  const bool isTooHigh = version / 100 > highestMajorVersion;
+  if (isTooHigh || version < ownVersion) {
+    report_.add(file_.path(), 2, "the version is %d hundredths: %d to %d are expected",
+                int{version}, ownVersion, highestMajorVersion * 100 + 99);
+  }
+  hasOwnVersion_ = version <= ownVersion;
+  return !isTooHigh;
+}
+
+// ---- Columns
+
+bool CatalogueCheck::checkColumns() noexcept {
+  const std::int64_t most = mostOf(file_.left(), leastColumnSize);
+  if (columnCount_ > most) {
+    report_.add(file_.path(), 8,
+                "the number of columns is %" PRIu32 ": the catalogue has room for %" PRId64
+                " at most",
+                columnCount_, most);
+    return false;
+  }
+  while (columnsRead_ < columnCount_) {
+    if (report_.isOver() || !makeRoomForColumn() || !checkColumn(&columns_[columnsRead_])) {
+      return false;
+    }
+    ++columnsRead_;
+  }
+  return true;
+}
+
+/// Room is made for as many columns again as were found, not for as many as are said to be there.
+bool CatalogueCheck::makeRoomForColumn() noexcept {
+  if (columnsRead_ < columnCapacity_) {
+    return true;
+  }
+  constexpr std::uint32_t firstCapacity = 64;
+  const std::uint32_t capacity = std::max(2 * columnCapacity_, firstCapacity);
+  std::unique_ptr<CheckedColumn[]> grown(new (std::nothrow) CheckedColumn[capacity]);
+  if (grown == nullptr) {
+    report_.fail(WT_MESSAGE(outOfMemory, "(column definition array)"));
+    return false;
+  }
+  std::copy_n(columns_.get(), columnsRead_, grown.get());
+  columns_ = std::move(grown);
+  columnCapacity_ = capacity;
+  return true;
+}
+
+bool CatalogueCheck::checkColumn(CheckedColumn* column) noexcept {
+  const std::int64_t begin = file_.position();
+  unsigned char bytes[recordHeadSize] = {};
+  if (!readPart(bytes, recordHeadSize, "a column's record")) {
+    return false;
+  }
+  const auto code = field<std::uint16_t>(bytes + 2);
+  column->definition = begin;
+  column->width = field<std::int32_t>(bytes + 8);
+  column->maxLength = field<std::int32_t>(bytes + 12);
+  column->hasKnownCode = code <= static_cast<std::uint16_t>(StorageCode::text);
+  if (column->hasKnownCode) {
+    column->code = static_cast<StorageCode>(code);
+  } else {
+    report_.add(file_.path(), begin + 2, "a column has the storage code %u: 0 to 5 are expected",
+                unsigned{code});
+  }
+  if (column->maxLength < 0) {
+    report_.add(file_.path(), begin + 12,
+                "the longest text of a column has %" PRId32 " bytes: it cannot be negative",
+                column->maxLength);
+  }
+  return passSurplus(begin, field<std::uint16_t>(bytes), recordHeadSize, "a column's head") &&
+         checkName(begin + 4, field<std::uint32_t>(bytes + 4), "a column's name");
+}
+
+/// The rows decide, once they have been seen.
+void CatalogueCheck::checkLongestTexts() noexcept {
+  for (const CheckedColumn& column : columns()) {
+    if (column.maxLength >= 0 && column.longest > column.maxLength) {
+      report_.add(file_.path(), column.definition + 12,
+                  "the longest text of a column is said to have %" PRId32
+                  " bytes: the rows have one of %" PRId32,
+                  column.maxLength, column.longest);
+    }
+    if (column.width >= 1 && column.longest - 1 > column.width) {
+      report_.add(file_.path(), column.definition + 8,
+                  "a column's width is %" PRId32 " bytes: the rows have a text of %" PRId32,
+                  column.width, column.longest - 1);
+    }
+  }
+}
+
+// ---- Elements
+
+bool CatalogueCheck::checkElements() noexcept {
+  const std::int64_t most = mostOf(file_.left(), leastElementSize);
+  if (elementCount_ > most) {
+    report_.add(file_.path(), 12,
+                "the number of elements is %" PRIu32 ": the catalogue has room for %" PRId64
+                " at most",
+                elementCount_, most);
+    return false;
+  }
+  for (std::uint32_t i = 1; i <= elementCount_; ++i) {
+    if (report_.isOver() || !checkElement(i == elementCount_)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool CatalogueCheck::checkElement(bool isLast) noexcept {
+  bool hasIndex = false;
+  std::int64_t rows = 0;
+  char dataName[nameRoom] = "";
+  char indexName[nameRoom] = "";
+  if (!checkElementHead(&hasIndex, &rows) || !checkFileName(dataPrefix, dataName) ||
+      (hasIndex && !checkFileName(indexPrefix, indexName))) {
+    return false;
+  }
+  const bool isPossible = rows >= 0 && rows <= maximumRows;
+  if (isPossible && dataName[0] != '\0') {
+    const ElementToCheck element = {.dataName = dataName,
+                                    .indexName = indexName,
+                                    .rows = rows,
+                                    .firstRow = rowsFound_,
+                                    .isLast = isLast,
+                                    .swap = swap_};
+    ElementCheck(directories_, columns(), element, report_).run();
+  }
+  hasAllElementRows_ = hasAllElementRows_ && isPossible;
+  const std::int64_t room = std::numeric_limits<std::int64_t>::max() - rowsFound_;
+  rowsFound_ += isPossible ? std::min(rows, room) : 0;
+  return !report_.isOver();
+}
+
+bool CatalogueCheck::checkElementHead(bool* hasIndex, std::int64_t* rows) noexcept {
+  const std::int64_t begin = file_.position();
+  unsigned char bytes[recordHeadSize] = {};
+  if (!readPart(bytes, recordHeadSize, "an element's record") ||
+      !passSurplus(begin, field<std::uint32_t>(bytes), recordHeadSize, "an element's head")) {
+    return false;
+  }
+  const int dataNameLength = field<std::uint16_t>(bytes + 4);
+  const int indexNameLength = field<std::uint16_t>(bytes + 6);
+  *hasIndex = indexNameLength != 0;
+  *rows = field<std::int64_t>(bytes + 8);
+  if (dataNameLength != nameSize(dataPrefix)) {
+    report_.add(file_.path(), begin + 4,
+                "the name of a data file has the length %d: %d is expected", dataNameLength,
+                nameSize(dataPrefix));
+  }
+  if (*hasIndex && indexNameLength != nameSize(indexPrefix)) {
+    report_.add(file_.path(), begin + 6,
+                "the name of an index file has the length %d: %d is expected, or 0 for none",
+                indexNameLength, nameSize(indexPrefix));
+  }
+  if (*rows < 0 || *rows > maximumRows) {
+    report_.add(file_.path(), begin + 8,
+                "an element has %" PRId64 " rows: 0 to %" PRId64 " are possible", *rows,
+                maximumRows);
+  }
+  return true;
+}
+
+/// The name is left empty when it is none that an element's file can have.
+bool CatalogueCheck::checkFileName(const char* prefix, char (&name)[nameRoom]) noexcept {
+  const int size = nameSize(prefix);
+  const std::int64_t begin = file_.position();
+  unsigned char bytes[nameRoom] = {};
+  if (!readPart(bytes, size, "the name of an element's file")) {
+    return false;
+  }
+  const std::string_view text(reinterpret_cast<const char*>(bytes),
+                              static_cast<std::size_t>(size) - 1);
+  if (bytes[size - 1] != 0 || !isFileName(text, prefix)) {
+    report_.add(file_.path(), begin,
+                "the name of an element's file must be \"%s\", %d lower-case letters and digits "
+                "and a zero byte",
+                prefix, randomCharacters);
+    return true;
+  }
+  std::memcpy(name, bytes, static_cast<std::size_t>(size));
+  return true;
+}
+
+void CatalogueCheck::checkRowCount() noexcept {
+  if (rowCount_ >= 0 && hasAllElementRows_ && rowCount_ != rowsFound_) {
+    report_.add(file_.path(), 24,
+                "the table has %" PRId64 " rows: those of its elements add up to %" PRId64,
+                rowCount_, rowsFound_);
+  }
+}
