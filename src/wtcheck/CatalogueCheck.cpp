@@ -44,10 +44,6 @@ bool isFileName(std::string_view name, std::string_view prefix) noexcept {
                      });
 }
 
-constexpr std::int64_t mostOf(std::int64_t bytes, std::int64_t leastSize) noexcept {
-  return std::min<std::int64_t>(bytes / leastSize, std::numeric_limits<std::int32_t>::max());
-}
-
 }  // namespace
 
 void CatalogueCheck::run() noexcept {
@@ -126,6 +122,19 @@ bool CatalogueCheck::checkName(std::int64_t lengthOffset, std::int64_t length,
   return isTerminated && passed == length;
 }
 
+/// Looks at a number of records beside the bytes that are left for them.
+bool CatalogueCheck::hasRoomFor(std::uint32_t count, const char* what, std::int64_t countOffset,
+                                std::int64_t leastSize) noexcept {
+  const std::int64_t most =
+      std::min<std::int64_t>(file_.left() / leastSize, std::numeric_limits<std::int32_t>::max());
+  if (count > most) {
+    report_.add(file_.path(), countOffset,
+                "the number of %s is %" PRIu32 ": the catalogue has room for %" PRId64 " at most",
+                what, count, most);
+  }
+  return count <= most;
+}
+
 // ---- The fixed part
 
 bool CatalogueCheck::checkFixedPart() noexcept {
@@ -168,12 +177,7 @@ bool CatalogueCheck::checkVersion(std::int16_t version) noexcept {
 // ---- Columns
 
 bool CatalogueCheck::checkColumns() noexcept {
-  const std::int64_t most = mostOf(file_.left(), leastColumnSize);
-  if (columnCount_ > most) {
-    report_.add(file_.path(), 8,
-                "the number of columns is %" PRIu32 ": the catalogue has room for %" PRId64
-                " at most",
-                columnCount_, most);
+  if (!hasRoomFor(columnCount_, "columns", 8, leastColumnSize)) {
     return false;
   }
   while (columnsRead_ < columnCount_) {
@@ -249,12 +253,7 @@ void CatalogueCheck::checkLongestTexts() noexcept {
 // ---- Elements
 
 bool CatalogueCheck::checkElements() noexcept {
-  const std::int64_t most = mostOf(file_.left(), leastElementSize);
-  if (elementCount_ > most) {
-    report_.add(file_.path(), 12,
-                "the number of elements is %" PRIu32 ": the catalogue has room for %" PRId64
-                " at most",
-                elementCount_, most);
+  if (!hasRoomFor(elementCount_, "elements", 12, leastElementSize)) {
     return false;
   }
   for (std::uint32_t i = 1; i <= elementCount_; ++i) {

@@ -32,6 +32,8 @@ class CatalogueCheck {
   [[nodiscard]] bool checkElements() noexcept;
   [[nodiscard]] bool checkElement(bool isLast) noexcept;
   [[nodiscard]] bool checkElementHead(bool* hasIndex, std::int64_t* rows) noexcept;
+  [[nodiscard]] bool hasRoomFor(std::uint32_t count, const char* what, std::int64_t countOffset,
+                                std::int64_t leastSize) noexcept;
   [[nodiscard]] bool checkName(std::int64_t lengthOffset, std::int64_t length,
                                const char* what) noexcept;
   [[nodiscard]] bool checkFileName(const char* prefix, char (&name)[nameRoom]) noexcept;
