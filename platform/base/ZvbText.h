@@ -99,7 +99,7 @@ class ZvbText {
     if (size >= pieceSize) {
       copyPieces(target, source, size - pieceSize);
     } else if (size >= 4) {
-      copyEnds<std::uint32_t>(target, source, size);
+      copyEnds(target, source, size);
     } else if (size != 0) {
       const char first = source[0];
       const char middle = source[size / 2];
@@ -124,10 +124,10 @@ class ZvbText {
     return piece * pieceSize < last ? piece * pieceSize : last;
   }
 
-  template <typename Piece>
+  /// From 4 to 8 bytes.
   static void copyEnds(char* target, const char* source, std::size_t size) noexcept {
-    Piece first;
-    Piece last;
+    std::uint32_t first;
+    std::uint32_t last;
     std::memcpy(&first, source, sizeof first);
     std::memcpy(&last, source + size - sizeof last, sizeof last);
     std::memcpy(target, &first, sizeof first);
