@@ -168,4 +168,38 @@ TEST_F(TableFaults, ADamagedRowCostsOnlyItself) {
   }
 }
 
+/// A process that is killed while it rewrites a long catalogue leaves some pages old, some new.
+TEST_F(TableFaults, ACatalogueThatWasRewrittenInPartKeepsTheRowsThatWereThere) {
+  std::vector<std::string> names;
+  std::vector<Column> columns;
+  for (int i = 0; i < 350; ++i) {
+    names.push_back("column" + std::to_string(i));
+  }
+  for (const std::string& name : names) {
+    columns.push_back({name.c_str(), zvbTypeString});
+  }
+  const Row cells(columns.size(), std::string("x"));
+  const std::string target = makeTable(columns, std::vector<Row>(200, cells), 30000);
+  const std::string source = makeTable(columns, std::vector<Row>(100, cells));
+  const std::string path = directory.file(target);
+  const std::string before = Bytes(path).content();
+  ASSERT_TRUE(manager->appendTable(target.c_str(), source.c_str(), &error)) << error.asCstr();
+  const std::string after = Bytes(path).content();
+  ASSERT_LT(before.size(), after.size());
+  ASSERT_LT(8192U, before.size());
+  const Lines all = readTable(target);
+  const Lines old(all.begin(), all.begin() + 200);
+  for (std::size_t written = 32; written < after.size(); written += written < 8192 ? 1020 : 31) {
+    const std::string rest = written < before.size() ? before.substr(written) : "";
+    Bytes(path)
+        .cut(0)
+        .insert(0, before.substr(0, 32) + after.substr(32, written - 32) + rest)
+        .save();
+    ASSERT_EQ(old, readTable(target)) << written;
+  }
+  ASSERT_TRUE(manager->appendTable(target.c_str(), source.c_str(), &error)) << error.asCstr();
+  EXPECT_EQ(all, readTable(target));
+  EXPECT_EQ(before.substr(0, 12), Bytes(path).content().substr(0, 12));
+}
+
 }  // namespace

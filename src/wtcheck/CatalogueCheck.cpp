@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "wtcheck/ElementCheck.h"
+#include "wtelem/CatalogueLimits.h"
 #include "wtelem/FileFields.h"
 #include "wtelem/messages.h"
 
@@ -22,9 +23,6 @@ constexpr int recordHeadSize = 16;
 constexpr const char* dataPrefix = "zvwte_";
 constexpr const char* indexPrefix = "zvwtei_";
 constexpr int randomCharacters = 16;
-/// The most that an index can have entries for.
-constexpr std::int64_t maximumRows =
-    std::numeric_limits<std::int64_t>::max() / ElementCheck::indexEntrySize;
 
 /// Bytes of an element file's name, terminator included.
 constexpr int nameSize(const char* prefix) noexcept {
@@ -49,7 +47,7 @@ bool isFileName(std::string_view name, std::string_view prefix) noexcept {
 void CatalogueCheck::run() noexcept {
   if (checkFixedPart() && checkColumns() && checkElements()) {
     checkRowCount();
-    if (file_.left() > 0) {
+    if (file_.left() > 0 && !mayBeTorn(file_.position())) {
       report_.add(file_.path(), file_.position(),
                   "%" PRId64 " bytes follow the last record: the catalogue must end here",
                   file_.left());
@@ -265,6 +263,7 @@ bool CatalogueCheck::checkElements() noexcept {
 }
 
 bool CatalogueCheck::checkElement(bool isLast) noexcept {
+  const std::int64_t begin = file_.position();
   bool hasIndex = false;
   std::int64_t rows = 0;
   char dataName[nameRoom] = "";
@@ -273,7 +272,10 @@ bool CatalogueCheck::checkElement(bool isLast) noexcept {
       (hasIndex && !checkFileName(indexPrefix, indexName))) {
     return false;
   }
-  const bool isPossible = rows >= 0 && rows <= maximumRows;
+  if (isLast && mayBeTorn(begin + recordHeadSize) && rowCount_ >= rowsFound_) {
+    rows = rowCount_ - rowsFound_;
+  }
+  const bool isPossible = rows >= 0 && rows <= maximumRowCount;
   if (isPossible && dataName[0] != '\0') {
     const ElementToCheck element = {.dataName = dataName,
                                     .indexName = indexName,
@@ -310,10 +312,10 @@ bool CatalogueCheck::checkElementHead(bool* hasIndex, std::int64_t* rows) noexce
                 "the name of an index file has the length %d: %d is expected, or 0 for none",
                 indexNameLength, nameSize(indexPrefix));
   }
-  if (*rows < 0 || *rows > maximumRows) {
+  if (*rows < 0 || *rows > maximumRowCount) {
     report_.add(file_.path(), begin + 8,
                 "an element has %" PRId64 " rows: 0 to %" PRId64 " are possible", *rows,
-                maximumRows);
+                maximumRowCount);
   }
   return true;
 }

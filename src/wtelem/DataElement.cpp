@@ -1,11 +1,11 @@
 /// The two files of an element and its definition record.
 #include "wtelem/DataElement.h"
 
-#include <limits>
 #include <memory>
 #include <string_view>
 #include <utility>
 
+#include "wtelem/CatalogueLimits.h"
 #include "wtelem/DirectorySearch.h"
 #include "wtelem/FileFields.h"
 #include "wtelem/messages.h"
@@ -14,10 +14,6 @@ namespace {
 
 constexpr std::uint32_t recordHeadSize = 16;  // bytes, of an element definition
 constexpr const char* outOfMemoryPath = "(file path)";
-
-/// More rows cannot be: the offset of an index entry has to fit 63 bits.
-constexpr std::int64_t maximumRowCount =
-    std::numeric_limits<std::int64_t>::max() / DataElement::indexEntrySize;
 
 struct RecordHead {
   std::uint32_t length;

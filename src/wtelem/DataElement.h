@@ -65,6 +65,8 @@ class DataElement {
 
   [[nodiscard]] const ZvbString& getErrorMessage() const noexcept { return errorMessage_; }
   [[nodiscard]] std::int64_t rowCount() const noexcept { return rowCount_; }
+  /// Says how many rows count, whatever its definition record says.
+  void countRows(std::int64_t rows) noexcept { rowCount_ = rows; }
   [[nodiscard]] std::int64_t dataSize() const noexcept { return dataSize_; }
 
  private:

@@ -4,6 +4,7 @@
 #include <new>
 #include <utility>
 
+#include "wtelem/CatalogueLimits.h"
 #include "wtelem/FileFields.h"
 #include "wtelem/messages.h"
 #include "wtfile/ZVWTFileImpl.h"
@@ -79,14 +80,38 @@ ColumnHead loadColumnHead(const unsigned char* bytes, bool swap) noexcept {
 
 // ---- Writing
 
+/// The fixed part counts the elements and the rows. Over an older catalogue it is written when all
+/// else has reached the file, so that a process that is killed before leaves the rows that were
+/// there. A new catalogue begins with it, since no records make a catalogue without it.
 bool ZVWTFileImpl::writeHeader() noexcept {
   if (state_.openedForReading) {
     return true;
   }
-  if (np_fio_seek64(header_, 0, npFioFromStart) != 0) {
-    return fail(WT_MESSAGE(seekFailed, "(work table header)"));
+  if (headerSize_ == 0) {
+    return writeFixedHeader() && writeRecords() && flushHeader() && cutHeader();
   }
-  if (!writeFixedHeader()) {
+  return writeRecords() && flushHeader() && cutHeader() && writeFixedHeader() && flushHeader();
+}
+
+bool ZVWTFileImpl::writeFixedHeader() noexcept {
+  unsigned char bytes[fixedHeaderSize];
+  storeFixedHeader(bytes, {.mark = byteOrderMark,
+                           .version = writtenVersion,
+                           .length = fixedHeaderSize,
+                           .accessKeyLength = static_cast<std::uint16_t>(accessKey_.cStrSize()),
+                           .columnCount = static_cast<std::uint32_t>(state_.columnCount),
+                           .elementCount = static_cast<std::uint32_t>(elementCount_),
+                           .maxElementSize = state_.maxElementSize,
+                           .rowCount = rowCount_});
+  return seekHeader(0) && (putAll(header_, bytes, fixedHeaderSize) || fail(WT_MESSAGE(shortWrite)));
+}
+
+/// Writes all that follows the fixed part, and stands at the catalogue's end.
+bool ZVWTFileImpl::writeRecords() noexcept {
+  if (!seekHeader(fixedHeaderSize)) {
+    return false;
+  }
+  if (!putAll(header_, accessKey_.asCstr(), accessKey_.cStrSize())) {
     return fail(WT_MESSAGE(shortWrite));
   }
   for (int i = 0; i < state_.columnCount; ++i) {
@@ -100,21 +125,12 @@ bool ZVWTFileImpl::writeHeader() noexcept {
       return failAs(element);
     }
   }
-  return finishHeader();
+  return true;
 }
 
-bool ZVWTFileImpl::writeFixedHeader() noexcept {
-  unsigned char bytes[fixedHeaderSize];
-  storeFixedHeader(bytes, {.mark = byteOrderMark,
-                           .version = writtenVersion,
-                           .length = fixedHeaderSize,
-                           .accessKeyLength = static_cast<std::uint16_t>(accessKey_.cStrSize()),
-                           .columnCount = static_cast<std::uint32_t>(state_.columnCount),
-                           .elementCount = static_cast<std::uint32_t>(elementCount_),
-                           .maxElementSize = state_.maxElementSize,
-                           .rowCount = rowCount_});
-  return putAll(header_, bytes, fixedHeaderSize) &&
-         putAll(header_, accessKey_.asCstr(), accessKey_.cStrSize());
+bool ZVWTFileImpl::seekHeader(std::int64_t offset) noexcept {
+  return np_fio_seek64(header_, offset, npFioFromStart) == offset ||
+         fail(WT_MESSAGE(seekFailed, "(work table header)"));
 }
 
 bool ZVWTFileImpl::writeColumnDefinition(const ColumnDefinition& column) noexcept {
@@ -128,12 +144,14 @@ bool ZVWTFileImpl::writeColumnDefinition(const ColumnDefinition& column) noexcep
          putAll(header_, column.name.asCstr(), column.name.cStrSize());
 }
 
-/// Brings the catalogue to the file and cuts off what is left of a longer one.
-bool ZVWTFileImpl::finishHeader() noexcept {
-  int status = np_fio_bufmode(header_, 0);
-  if (status == npFioSuccess) {
-    status = np_fio_trunc(header_);
-  }
+bool ZVWTFileImpl::flushHeader() noexcept {
+  const int status = np_fio_bufmode(header_, 0);
+  return status == npFioSuccess || fail(WT_MESSAGE(flushFailed, np_fio_errdesc(status)));
+}
+
+/// Cuts off what is left of a longer catalogue.
+bool ZVWTFileImpl::cutHeader() noexcept {
+  const int status = np_fio_trunc(header_);
   return status == npFioSuccess || fail(WT_MESSAGE(flushFailed, np_fio_errdesc(status)));
 }
 
@@ -169,7 +187,7 @@ bool ZVWTFileImpl::readFixedHeader(std::uint32_t* columnCount,
   if (!readAccessKey(header.accessKeyLength)) {
     return false;
   }
-  if (header.rowCount < 0) {
+  if (header.rowCount < 0 || header.rowCount > maximumRowCount) {
     return fail(WT_MESSAGE(shortRead, "element definition"));
   }
   state_.maxElementSize = header.maxElementSize;
@@ -269,8 +287,12 @@ bool ZVWTFileImpl::readElementDefinitions(std::uint32_t count) noexcept {
     if (element == nullptr) {
       return fail(WT_MESSAGE(outOfMemory, "(data element definition)"));
     }
+    const std::int64_t offset = np_fio_seek64(header_, 0, npFioFromHere);
     if (!element->readDefinition(header_)) {
       return failAs(*element);
+    }
+    if (elementCount_ + 1 == elementCapacity_ && mayBeTorn(offset + elementHeadSize)) {
+      element->countRows(rowsLeft);
     }
     if (element->rowCount() > rowsLeft) {
       return fail(WT_MESSAGE(shortRead, "element definition"));
