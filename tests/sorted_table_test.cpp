@@ -240,46 +240,6 @@ TEST_F(SortedTable, TakesItsManagersSettings) {
   EXPECT_EQ(datafileMessage::workLimitPassed, messageId(table->getErrorMessage()));
 }
 
-/// Sorted on one thread; true when it comes back in order and complete.
-bool sortsRight(ZvWorkTableManager& manager, std::int64_t rows) {
-  ZvbString error;
-  const TableHandle table(manager.createTable(1, 1, 0, &error));
-  bool good = table != nullptr && table->defineColumn(0, "n", zvbTypeInteger, 0);
-  ZvbDatavar value;
-  for (std::int64_t i = 0; i < rows && good; ++i) {
-    value.assign(i * 7919 % rows);
-    good = table->writeRow(&value);
-  }
-  good = good && table->close();
-  const TableHandle opened(good ? manager.openTable(table->getName(), false, &error) : nullptr);
-  bool end = false;
-  bool failed = false;
-  std::int64_t next = 0;
-  while (opened != nullptr && opened->readRow(&value, &end) && value.asInt64(&failed) == next) {
-    ++next;
-  }
-  return end && !failed && next == rows;
-}
-
-TEST_F(SortedTable, ManyAreSortedAtOnceWhileSettingsChange) {
-  ASSERT_TRUE(manager->sortAndSize0(65536));
-  bool right[3] = {};
-  std::vector<std::thread> threads;
-  for (bool& good : right) {
-    threads.emplace_back([this, &good] { good = sortsRight(*manager, 20011); });
-  }
-  for (int i = 0; i < 300; ++i) {
-    EXPECT_TRUE(manager->sortAndSize0(65536 * (1 + i % 3)));
-    EXPECT_TRUE(manager->sortAndSize1(i % 2 == 0));
-    EXPECT_FALSE(manager->sortAndSize4(i % 2 == 0 ? 1 : 257));
-    EXPECT_EQ(datafileMessage::settingRefused, messageId(manager->getLastError()));
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
-  EXPECT_TRUE(right[0] && right[1] && right[2]);
-}
-
 /// Sorts that spill and merge, with and without a thread beside.
 TEST_F(SortedTable, SaysSoWhenMemoryIsShort) {
   std::vector<Record> records(600, Record(2));
