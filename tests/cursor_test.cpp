@@ -249,11 +249,11 @@ TEST_F(CursorTest, AttachesATableInPlaceOfItself) {
 // ---- Failures
 
 TEST_F(CursorTest, SaysThatTheDiskIsFullRatherThanThatTheTableIsMissing) {
-  const SizeLimit limit(3000);
   CursorHandle cursor = makeCursor();
   cursor->addColumn("t", zvbTypeString);
   ASSERT_TRUE(cursor->create());
   append(*cursor, row({std::string(5000, 'x')}));
+  const SizeLimit limit(3000);
   EXPECT_FALSE(cursor->endAppend());
   expectMessage(1045, *cursor);
   EXPECT_TRUE(directory.names().empty());

@@ -278,9 +278,9 @@ TEST(FullDisk, KeepsWhatItRefusesUntilThereIsRoom) {
   std::mt19937 random(1);
   const std::string text = randomText(random, 3000);
   File file = opened(path, npFioReadWrite);
+  EXPECT_EQ(putText(file.get(), text), 3000);
   {
     const SizeLimit limit(1000);
-    EXPECT_EQ(putText(file.get(), text), 3000);
     EXPECT_EQ(np_fio_bufmode(file.get(), 0), npFioDiskFull);
     EXPECT_EQ(TemporaryDirectory::read(path), text.substr(0, 1000));
     EXPECT_EQ(putText(file.get(), "x"), 0);
@@ -308,8 +308,29 @@ TEST(FullDisk, IsToldByLargeWritesTruncationsAndTheClose) {
   EXPECT_EQ(np_fio_seek64(file.get(), 0, npFioFromHere), 400'000);
   EXPECT_EQ(np_fio_seek64(file.get(), 400'001, npFioFromStart), 400'001);
   EXPECT_EQ(np_fio_trunc(file.get()), npFioDiskFull);
+  EXPECT_EQ(np_fio_seek64(file.get(), 399'999, npFioFromStart), 399'999);
   EXPECT_EQ(putText(file.get(), "y"), 1);
+  const SizeLimit lower(399'000);
   EXPECT_EQ(np_fio_close(file.release()), npFioDiskFull);
+}
+
+TEST(FullDisk, IsMetBeforeTheBufferAcceptsWhatDoesNotFit) {
+  const TemporaryDirectory directory;
+  const std::string path = directory.write("full", "");
+  File file = opened(path, npFioOnlyWriter);
+  const SizeLimit limit(200'000);
+  EXPECT_EQ(np_fio_assure(file.get(), 200'000), npFioSuccess);
+  EXPECT_EQ(np_fio_assure(file.get(), 200'001), npFioDiskFull);
+  std::size_t written = 0;
+  while (putText(file.get(), "twelve bytes") == 12) {
+    written += 12;
+  }
+  EXPECT_EQ(np_fio_status(file.get()), npFioDiskFull);
+  EXPECT_EQ(written, 200'000 / 12 * 12);
+  EXPECT_EQ(np_fio_cut(file.get(), static_cast<std::int64_t>(written)), npFioSuccess);
+  EXPECT_EQ(np_fio_bufmode(file.get(), 0), npFioSuccess);
+  EXPECT_EQ(np_fio_close(file.release()), npFioSuccess);
+  EXPECT_EQ(TemporaryDirectory::read(path).size(), written);
 }
 
 TEST(OnlyWriter, LeavesNoReservedSpaceBehind) {

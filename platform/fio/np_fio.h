@@ -48,9 +48,7 @@ constexpr int npFioSlack = 64;
 enum NpFioMode : int {
   npFioRead = 1,       ///< reads; others may do anything
   npFioReadWrite = 2,  ///< reads and writes, shared with others
-  /// Reads and writes; a second only-writer in any process gets npFioInUse. It may reserve space
-  /// behind the file's end and gives it back at the close, so nobody may append to the file
-  /// meanwhile.
+  /// Reads and writes; a second only-writer in any process gets npFioInUse. As np_fio_writeAlone.
   npFioOnlyWriter = 3,
 };
 
@@ -107,6 +105,15 @@ int np_fio_close(np_fio_handle file) noexcept;
 /// handle, and every later call and write reports the status until a flush succeeds.
 [[nodiscard]] int np_fio_bufmode(np_fio_handle file, int mode) noexcept;
 
+/// Says that nobody else writes the file as long as it is open here. Space may then be reserved
+/// behind its end, which the close gives back by cutting the file where it ends.
+void np_fio_writeAlone(np_fio_handle file) noexcept;
+
+/// Sees to it that the first `size` bytes of the file, written or not, have their space on the
+/// disk, as for what the buffer holds: reserved where the disk has little left. Says npFioDiskFull
+/// when they cannot have it.
+[[nodiscard]] int np_fio_assure(np_fio_handle file, std::int64_t size) noexcept;
+
 /// Cuts the file at the current position.
 [[nodiscard]] int np_fio_trunc(np_fio_handle file) noexcept;
 
@@ -144,8 +151,9 @@ int np_fio_close(np_fio_handle file) noexcept;
   return np_fio_getbSlow(file, buffer, count);
 }
 
-/// Writes `count` bytes; the number written. Fewer is a failure. Bytes that the buffer accepts may
-/// be refused by the disk later, see np_fio_bufmode.
+/// Writes `count` bytes; the number written. Fewer is a failure. The buffer accepts no bytes that
+/// the disk is known to have no space for, but the disk may refuse bytes later all the same, see
+/// np_fio_bufmode.
 [[nodiscard]] inline int np_fio_putb(np_fio_handle file, const void* buffer, int count) noexcept {
   if (file != nullptr && file->writeEnd - file->cursor >= count && count > 0) [[likely]] {
     std::memcpy(file->cursor, buffer, static_cast<std::size_t>(count));

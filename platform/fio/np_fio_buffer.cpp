@@ -21,6 +21,7 @@
 #include <new>
 #include <utility>
 
+#include "fio/FileSpace.h"
 #include "fio/np_fio_system.h"
 
 namespace {
@@ -28,7 +29,6 @@ namespace {
 /// Half as much costs one reader or writer a few per cent, twice as much gains nothing, and fifty
 /// at once are slower the less their buffers fit the processor's cache.
 constexpr std::size_t bufferSize = std::size_t{128} * 1024;
-constexpr std::int64_t reservedAhead = std::int64_t{1024} * 1024;
 constexpr std::int64_t hintedBefore = std::int64_t{1024} * 1024;
 constexpr std::size_t smallWindow = std::size_t{8} * 1024;
 constexpr std::int64_t nearDistance = std::int64_t{64} * 1024;
@@ -47,8 +47,7 @@ struct OpenFile : np_fio_file {
   std::size_t largestNeed = 0;                // bytes that were ever needed at once, to largestPeek
   int status = npFioSuccess;                  // of the last failure
   std::int64_t hintedFrom = largestPosition;  // of the bytes that the system was told will be read
-  std::int64_t reservedEnd = 0;               // of the space reserved for what is written; 0: none
-  bool reserves = false;                      // tries to; of a file that nobody else writes
+  FileSpace space;                            // for what is written
   bool isWritable = false;
   bool flushFailed = false;  // the bytes in the buffer were refused; it takes no more until a retry
 };
@@ -120,31 +119,12 @@ std::size_t writeAll(OpenFile& file, const unsigned char* bytes, std::size_t siz
   return done;
 }
 
-/// Gives back the space that was reserved and not written.
-void trimSpace(OpenFile& file) noexcept {
-  std::int64_t size = 0;
-  if (file.reservedEnd != 0 && fioSystem::size(file.system, &size) == npFioSuccess &&
-      size < file.reservedEnd) {
-    (void)fioSystem::truncate(file.system, size);
-  }
-  file.reservedEnd = 0;
-}
-
-/// Keeps space reserved for what the buffer holds and will hold next, since writing into reserved
-/// space is faster. A file that fits the buffer reserves nothing. A reservation that fails may have
-/// taken a part of the space, which others may need: it is given back, and there is no other.
-void reserveSpace(OpenFile& file, std::size_t size) noexcept {
-  const std::int64_t end = file.beginOffset + static_cast<std::int64_t>(size);
-  const std::int64_t needed = end + static_cast<std::int64_t>(bufferSize);
-  if (!file.reserves || size < bufferSize / 2 || needed <= file.reservedEnd) {
-    return;
-  }
-  const std::int64_t from = std::max(file.beginOffset, file.reservedEnd);
-  file.reservedEnd = end + reservedAhead;
-  file.reserves = fioSystem::reserve(file.system, from, file.reservedEnd - from) == npFioSuccess;
-  if (!file.reserves) {
-    trimSpace(file);
-  }
+/// The room of the buffer ends where the space that is assured on the disk does.
+void offerRoom(OpenFile& file) noexcept {
+  const std::int64_t assured = file.space.endFrom(file.beginOffset) - file.beginOffset;
+  const auto size = static_cast<std::size_t>(
+      std::clamp<std::int64_t>(assured, 0, static_cast<std::int64_t>(bufferSize)));
+  file.writeEnd = std::max(file.begin + size, file.cursor);
 }
 
 /// What the system refuses stays at the front of the buffer, which then has no room for more.
@@ -153,14 +133,30 @@ bool flush(OpenFile& file) noexcept {
   if (size == 0) {
     return true;
   }
-  reserveSpace(file, size);
+  file.space.reserveAhead(file.system, file.beginOffset, static_cast<std::int64_t>(size));
   const std::size_t done = writeAll(file, file.begin, size, file.beginOffset, &file.status);
   file.flushFailed = done < size;
   std::memmove(file.begin, file.begin + done, size - done);
   file.beginOffset += static_cast<std::int64_t>(done);
   file.cursor = file.begin + (size - done);
-  file.writeEnd = file.flushFailed ? file.cursor : file.begin + bufferSize;
+  if (file.flushFailed) {
+    file.writeEnd = file.cursor;
+  } else {
+    offerRoom(file);
+  }
   return !file.flushFailed;
+}
+
+/// Gives the buffer, which is being written and has not failed, room for `size` bytes, which has to
+/// be at most bufferSize. False when they cannot be written, now or later.
+bool makeRoom(OpenFile& file, std::size_t size) noexcept {
+  if (unwritten(file) + size > bufferSize && !flush(file)) {
+    return false;
+  }
+  const int status =
+      file.space.assure(file.system, position(file), static_cast<std::int64_t>(size));
+  offerRoom(file);
+  return status == npFioSuccess || fail(file, status);
 }
 
 bool beginWriting(OpenFile& file) noexcept {
@@ -175,7 +171,7 @@ bool beginWriting(OpenFile& file) noexcept {
   }
   standAt(file, position(file));
   file.loadedSize = 0;
-  file.writeEnd = file.begin + bufferSize;
+  offerRoom(file);
   return true;
 }
 
@@ -304,7 +300,11 @@ std::size_t put(OpenFile& file, const unsigned char* bytes, std::size_t size) no
   std::size_t done = 0;
   while (unwritten(file) != 0 || size - done < bufferSize) {
     done += putIntoRoom(file, bytes + done, size - done);
-    if (done == size || !flush(file)) {
+    if (done == size) {
+      return done;
+    }
+    const std::size_t left = bufferSize - unwritten(file);
+    if (left == 0 ? !flush(file) : !makeRoom(file, std::min(left, size - done))) {
       return done;
     }
   }
@@ -358,17 +358,28 @@ void dropUnwritten(OpenFile& file, std::int64_t offset) noexcept {
     return;
   }
   file.cursor = file.begin + kept;
+  if (file.flushFailed) {
+    file.writeEnd = file.cursor;
+  }
   if (kept == 0) {
     file.flushFailed = false;
     standAt(file, file.beginOffset);
   }
 }
 
+int cutFile(OpenFile& file, std::int64_t size) noexcept {
+  const int status = fioSystem::truncate(file.system, size);
+  file.space.cutAt(size);
+  return status;
+}
+
 using NewFile = std::unique_ptr<OpenFile>;
 
 void handOver(NewFile made, int mode, np_fio_handle* file) noexcept {
   made->isWritable = mode != npFioRead;
-  made->reserves = mode == npFioOnlyWriter;
+  if (mode == npFioOnlyWriter) {
+    made->space.allowReserving();
+  }
   *file = made.release();
 }
 
@@ -420,7 +431,7 @@ int np_fio_close(np_fio_handle file) noexcept {
   }
   const NewFile closing(&openFile(file));
   const int flushStatus = flush(*closing) ? npFioSuccess : closing->status;
-  trimSpace(*closing);
+  closing->space.giveBack(closing->system);
   const int closeStatus = fioSystem::close(closing->system);
   return flushStatus != npFioSuccess ? flushStatus : closeStatus;
 }
@@ -447,7 +458,7 @@ int np_fio_trunc(np_fio_handle file) noexcept {
   const std::int64_t end = position(open);
   standAt(open, end);
   open.loadedSize = 0;
-  const int status = fioSystem::truncate(open.system, end);
+  const int status = cutFile(open, end);
   if (status != npFioSuccess) {
     open.status = status;
   }
@@ -470,9 +481,23 @@ int np_fio_cut(np_fio_handle file, std::int64_t size) noexcept {
   std::int64_t fileSize = 0;
   int status = fioSystem::size(open.system, &fileSize);
   if (status == npFioSuccess && fileSize > size) {
-    status = fioSystem::truncate(open.system, size);
+    status = cutFile(open, size);
   }
   return status;
+}
+
+void np_fio_writeAlone(np_fio_handle file) noexcept {
+  if (file != nullptr) {
+    openFile(file).space.allowReserving();
+  }
+}
+
+int np_fio_assure(np_fio_handle file, std::int64_t size) noexcept {
+  if (file == nullptr || size < 0 || size > largestPosition) {
+    return npFioBadArgument;
+  }
+  OpenFile& open = openFile(file);
+  return open.space.assure(open.system, 0, size);
 }
 
 int np_fio_stat64(const char* path, np_fio_stat* info) noexcept {
@@ -561,8 +586,7 @@ unsigned char* np_fio_reserveSlow(np_fio_handle file, int count) noexcept {
   if (!beginWriting(open)) {
     return nullptr;
   }
-  if (distance(open.cursor, open.writeEnd) < static_cast<std::size_t>(count) && !flush(open)) {
-    return nullptr;
-  }
-  return open.cursor;
+  const auto size = static_cast<std::size_t>(count);
+  const bool hasRoom = distance(open.cursor, open.writeEnd) >= size;
+  return hasRoom || makeRoom(open, size) ? open.cursor : nullptr;
 }

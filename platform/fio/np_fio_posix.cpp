@@ -226,23 +226,27 @@ int truncate(File file, std::int64_t bytes) noexcept {
   return statusOfCall(repeatInterrupted([&] { return ftruncate(descriptor(file), bytes); }));
 }
 
-/// In memory a reservation takes a tenth of the speed of writing, and on a disk that is nearly full
-/// it takes the space that other files need.
-int reserve(File file, std::int64_t offset, std::int64_t bytes) noexcept {
-  constexpr std::uint64_t least = 64;  // times as much as is asked for has to be free
+Room room(File file) noexcept {
+  constexpr auto unlimited = std::numeric_limits<std::int64_t>::max();
+  constexpr std::int64_t usualBlock = 4096;
+  Room found{.freeBytes = unlimited,
+             .sizeLimit = static_cast<std::int64_t>(
+                 std::min(fileSizeLimit(), static_cast<std::uint64_t>(unlimited))),
+             .blockSize = usualBlock,
+             .isInMemory = false};
   struct statfs system;
-  if (fstatfs(descriptor(file), &system) != 0) {
-    return statusOf(errno);
+  // A file system that counts no blocks has no limit, or does not tell it.
+  if (fstatfs(descriptor(file), &system) == 0 && system.f_bsize > 0 && system.f_blocks != 0) {
+    const auto blocks = static_cast<std::uint64_t>(unlimited / system.f_bsize);
+    found.blockSize = system.f_bsize;
+    found.freeBytes = static_cast<std::int64_t>(std::min<std::uint64_t>(system.f_bavail, blocks)) *
+                      system.f_bsize;
+    found.isInMemory = system.f_type == TMPFS_MAGIC;
   }
-  if (system.f_type == TMPFS_MAGIC) {
-    return statusOf(EOPNOTSUPP);
-  }
-  const std::uint64_t blocks =
-      static_cast<std::uint64_t>(bytes) * least /
-      static_cast<std::uint64_t>(std::max<decltype(system.f_bsize)>(1, system.f_bsize));
-  if (system.f_bavail < blocks) {
-    return npFioDiskFull;
-  }
+  return found;
+}
+
+int reserve(File file, std::int64_t offset, std::int64_t bytes) noexcept {
   return statusOfCall(repeatInterrupted(
       [&] { return fallocate(descriptor(file), FALLOC_FL_KEEP_SIZE, offset, bytes); }));
 }

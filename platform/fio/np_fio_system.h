@@ -40,8 +40,17 @@ using File = std::intptr_t;
 [[nodiscard]] int size(File file, std::int64_t* bytes) noexcept;
 /// Makes the file `bytes` long; zero bytes fill what is new, and space reserved behind it is free.
 [[nodiscard]] int truncate(File file, std::int64_t bytes) noexcept;
+/// What a file has room for.
+struct Room {
+  std::int64_t freeBytes;  // of its file system, that this user may take
+  std::int64_t sizeLimit;  // of the file, in bytes
+  std::int64_t blockSize;  // bytes that the file system gives at once
+  bool isInMemory;         // there is no disk below
+};
+/// As much as can be told without asking: what the system does not tell counts as without limit.
+[[nodiscard]] Room room(File file) noexcept;
 /// Reserves space for `bytes` from `offset` on, whether the file has reached it or not; its size
-/// stays. Fails where that costs more than it spares, and may then have reserved a part.
+/// stays. A reservation that fails may have reserved a part.
 [[nodiscard]] int reserve(File file, std::int64_t offset, std::int64_t bytes) noexcept;
 /// A hint that these bytes will be read soon.
 void willRead(File file, std::int64_t offset, std::int64_t bytes) noexcept;
