@@ -93,7 +93,13 @@ bool DataElement::open(bool readOnly) noexcept {
   if (!openFileOf(&data_, mode)) {
     return false;
   }
-  return readOnly || cutToRows();
+  if (readOnly) {
+    return true;
+  }
+  // The table holds its catalogue as its only writer, and nobody else writes its elements.
+  np_fio_writeAlone(index_.handle);
+  np_fio_writeAlone(data_.handle);
+  return cutToRows();
 }
 
 bool DataElement::openFileOf(File* file, int mode) noexcept {

@@ -1,5 +1,6 @@
 /// The catalogue file's bytes. docs/file-format.md has the tables that this follows.
 
+#include <algorithm>
 #include <limits>
 #include <new>
 #include <utility>
@@ -153,6 +154,30 @@ bool ZVWTFileImpl::flushHeader() noexcept {
 bool ZVWTFileImpl::cutHeader() noexcept {
   const int status = np_fio_trunc(header_);
   return status == npFioSuccess || fail(WT_MESSAGE(flushFailed, np_fio_errdesc(status)));
+}
+
+std::int64_t ZVWTFileImpl::columnDefinitionsSize() const noexcept {
+  std::int64_t size = 0;
+  for (int i = 0; i < state_.columnCount; ++i) {
+    size += columnHeadSize + state_.columns[static_cast<std::size_t>(i)].name.cStrSize();
+  }
+  return size;
+}
+
+/// Sees to it that the catalogue can grow by one more element: a disk without the space is met by
+/// the row that needs the element, not by the close, which would have to remove the table.
+bool ZVWTFileImpl::assureHeader() noexcept {
+  constexpr std::int64_t elementSize = 64;  // bytes, of a definition with the names of new files
+  std::int64_t size = assuredSize_;
+  if (size == 0) {
+    size = std::max(headerSize_, fixedHeaderSize + accessKey_.cStrSize() + columnDefinitionsSize());
+  }
+  const int status = np_fio_assure(header_, size + elementSize);
+  if (status != npFioSuccess) {
+    return fail(WT_MESSAGE(flushFailed, np_fio_errdesc(status)));
+  }
+  assuredSize_ = size + elementSize;
+  return true;
 }
 
 // ---- Reading

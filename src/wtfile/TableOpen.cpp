@@ -37,6 +37,7 @@ void ZVWTFileImpl::startClean(bool forReading, bool backwards) noexcept {
   state_.stringBuffer.setLimit(0);
   selection_ = Selection();
   rowRefused_ = false;
+  assuredSize_ = 0;
   rangeStart_ = 0;
   rangeCount_ = -1;
   rangeEnd_ = toTheEnd;

@@ -80,6 +80,9 @@ bool ZVWTFileImpl::startElement() noexcept {
   if (elementCount_ == elementCapacity_ && !growElements()) {
     return fail(WT_MESSAGE(outOfMemory, "(data element array)"));
   }
+  if (!assureHeader()) {
+    return false;
+  }
   std::unique_ptr<DataElement> element(new (std::nothrow) DataElement(state_));
   if (element == nullptr) {
     return fail(WT_MESSAGE(outOfMemory, "(data element instance)"));

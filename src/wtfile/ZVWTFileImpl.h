@@ -141,6 +141,8 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   bool seekHeader(std::int64_t offset) noexcept;
   bool flushHeader() noexcept;
   bool cutHeader() noexcept;
+  [[nodiscard]] std::int64_t columnDefinitionsSize() const noexcept;
+  bool assureHeader() noexcept;
   bool readHeader() noexcept;
   bool readFixedHeader(std::uint32_t* columnCount, std::uint32_t* elementCount) noexcept;
   bool readAccessKey(std::uint16_t length) noexcept;
@@ -182,8 +184,9 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   ZvbString name_;        // of the catalogue file, without directory
   ZvbString headerPath_;  // of the catalogue file; empty until it was made or found
   np_fio_handle header_ = nullptr;
-  std::int64_t headerSize_ = 0;  // bytes of the catalogue file when it was opened, 0: a new one
-  int directory_ = 0;            // that holds the catalogue file; new elements start there
+  std::int64_t headerSize_ = 0;   // bytes of the catalogue file when it was opened, 0: a new one
+  std::int64_t assuredSize_ = 0;  // bytes that it has space for on the disk, or 0
+  int directory_ = 0;             // that holds the catalogue file; new elements start there
   std::int16_t version_ = 0;
   bool createdHere_ = false;
   Mode mode_ = Mode::closed;
