@@ -99,6 +99,14 @@ TEST_F(TableFaults, AnAppendWhoseIndexIsRefusedKeepsTheRowsThatWereThere) {
   }
 }
 
+TEST_F(TableFaults, AnAppendWhoseCatalogueWouldBeRefusedDoesNotBegin) {
+  const std::string name = makeCountingTable(3);
+  const SizeLimit limit(100);
+  EXPECT_FALSE(manager->appendTable(name.c_str(), name.c_str(), &error));
+  EXPECT_EQ(1353, messageId(error)) << error.asCstr();
+  EXPECT_EQ(Lines({"0", "1", "2"}), readTable(name));
+}
+
 TEST_F(TableFaults, AFullElementThatCannotBeClosedTakesItsLastRowBack) {
   const std::string name = makeFull(300000);
   ZVWTFileImpl table(directories, nullptr);

@@ -19,8 +19,8 @@ bool ZVWTFileImpl::open(const ZvbString& name, bool forReading, const RowRange* 
     name_ = name;
   }
   const bool opened = openHeaderFile(forReading ? npFioRead : npFioOnlyWriter) && readHeader() &&
-                      (forReading || refuseOtherByteOrder()) && takeRange(range) &&
-                      (forReading ? startReading() : startAppending());
+                      (forReading || (refuseOtherByteOrder() && assureRewriting())) &&
+                      takeRange(range) && (forReading ? startReading() : startAppending());
   if (!opened) {
     abandonOpening();
   }
@@ -128,6 +128,13 @@ bool ZVWTFileImpl::startReadingAt(std::int64_t row) noexcept {
     rowsBefore += element.rowCount();
   }
   return fail(WT_MESSAGE(shortRead, "element definition"));
+}
+
+/// The close will write the catalogue again, and has to remove a table that it cannot write.
+bool ZVWTFileImpl::assureRewriting() noexcept {
+  const int status = np_fio_assure(header_, headerSize_);
+  return status == npFioSuccess ||
+         fail(WT_MESSAGE(openFailed, headerPath_.asCstr(), np_fio_errdesc(status)));
 }
 
 bool ZVWTFileImpl::startAppending() noexcept {

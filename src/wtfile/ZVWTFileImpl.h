@@ -156,6 +156,7 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   void startClean(bool forReading, bool backwards) noexcept;
   bool openHeaderFile(int mode) noexcept;
   bool refuseOtherByteOrder() noexcept;
+  bool assureRewriting() noexcept;
   bool takeRange(const RowRange* range) noexcept;
   bool startReading() noexcept;
   bool startReadingAt(std::int64_t row) noexcept;
