@@ -100,7 +100,9 @@ class DataElement {
   bool countWholeRows(std::int64_t entries, std::int64_t dataBytes) noexcept;
   bool readRowStart(std::int64_t row, std::int64_t* start) const noexcept;
   bool findEndOfRows(std::int64_t dataFileSize, std::int64_t* end) noexcept;
-  bool findLastRow(std::int64_t* rowsToPass) noexcept;
+  std::int64_t firstRowToPass() const noexcept;
+  bool standAtStartOf(std::int64_t row) noexcept;
+  bool indexAgreesOn(std::int64_t row) const noexcept;
   valueCodec::Result encodeRow(const ZvbDatavar* const* values, std::int64_t* size) const noexcept;
 
   // Reading. What rows need rarely is never inline: it would take registers from what they need

@@ -130,14 +130,14 @@ bool DataElement::readRowStart(std::int64_t row, std::int64_t* start) const noex
   return np_fio_seek64(index_.handle, place, npFioFromStart) == place && readIndexEntry(start);
 }
 
-/// Finds where the last counted row ends by passing over its values.
+/// Finds where the last counted row ends by passing over the last rows.
 bool DataElement::findEndOfRows(std::int64_t dataFileSize, std::int64_t* end) noexcept {
-  std::int64_t rowsToPass = 0;
-  if (!findLastRow(&rowsToPass)) {
+  std::int64_t row = firstRowToPass();
+  if (!standAtStartOf(row)) {
     return false;
   }
-  for (; rowsToPass > 0 && readOffset_ <= dataFileSize; --rowsToPass) {
-    if (!passRest(0)) {
+  for (; row < rowCount_ && readOffset_ <= dataFileSize; ++row) {
+    if (!indexAgreesOn(row) || !passRest(0)) {
       return false;
     }
   }
@@ -145,17 +145,24 @@ bool DataElement::findEndOfRows(std::int64_t dataFileSize, std::int64_t* end) no
   return readOffset_ <= dataFileSize;
 }
 
-/// Places the data file at the last counted row, or, where no index tells where that is, at the
-/// first one. Rows without columns take no bytes and need not be passed.
-bool DataElement::findLastRow(std::int64_t* rowsToPass) noexcept {
+/// With an index the last row but one: the last row must begin where that ends, or a damaged entry
+/// would have rows cut off. Without one the first row, unless rows have no columns and take no
+/// bytes.
+std::int64_t DataElement::firstRowToPass() const noexcept {
+  const bool seesAll = index_.handle == nullptr && table_.columnCount != 0;
+  return seesAll ? 0 : std::max<std::int64_t>(rowCount_ - 2, 0);
+}
+
+/// Places the data file at the row. Row 0 begins where the file begins.
+bool DataElement::standAtStartOf(std::int64_t row) noexcept {
+  readOffset_ = 0;
+  const bool found = row == 0 || index_.handle == nullptr || readRowStart(row, &readOffset_);
+  return found && readOffset_ >= 0 &&
+         np_fio_seek64(data_.handle, readOffset_, npFioFromStart) == readOffset_;
+}
+
+/// Whether the row begins where the data are read.
+bool DataElement::indexAgreesOn(std::int64_t row) const noexcept {
   std::int64_t start = 0;
-  *rowsToPass = table_.columnCount == 0 ? 0 : rowCount_;
-  if (index_.handle != nullptr && rowCount_ > 0) {
-    *rowsToPass = 1;
-    if (!readRowStart(rowCount_ - 1, &start) || start < 0) {
-      return false;
-    }
-  }
-  readOffset_ = start;
-  return np_fio_seek64(data_.handle, start, npFioFromStart) == start;
+  return index_.handle == nullptr || (readRowStart(row, &start) && start == readOffset_);
 }
