@@ -280,8 +280,9 @@ bool DataElement::readName(np_fio_handle catalogue, std::uint16_t length, const 
   if (name == nullptr) {
     return fail(WT_MESSAGE(outOfMemory, "(element name)"));
   }
+  const bool isNone = file == &index_ && length == 0;
   const std::string_view text = name.get();
-  if (!complete || !(text.empty() || text.starts_with(file->prefix))) {
+  if (!complete || !(isNone || text.starts_with(file->prefix))) {
     return fail(WT_MESSAGE(shortRead, what));
   }
   file->name.assign(name.get());
