@@ -20,3 +20,14 @@ class ShortMemory {
 
 /// Allocations of this thread so far.
 [[nodiscard]] std::int64_t countAllocations() noexcept;
+
+/// How much memory this thread has taken at most, while this lives and beyond what it had.
+class PeakMemory {
+ public:
+  PeakMemory() noexcept;
+
+  [[nodiscard]] std::int64_t bytes() const noexcept;
+
+ private:
+  std::int64_t before_;
+};

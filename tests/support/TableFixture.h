@@ -49,7 +49,8 @@ inline std::string shown(const ZvbDatavar& value) {
 
 class TableTest : public testing::Test {
  protected:
-  TableTest() : manager(makeManager(directory.path())) {}
+  explicit TableTest(const std::filesystem::path& parent = std::filesystem::temp_directory_path())
+      : directory(parent), manager(makeManager(directory.path())) {}
 
   ManagerHandle makeManager(const std::string& directories) {
     error.setNull();
