@@ -93,6 +93,11 @@ TEST_F(TableCheck, FindsNothingInSoundTables) {
       makeTable({{"a", zvbTypeString}}, {row({std::string(200000, 'x')}), row({std::string()})}));
   expectSound(makeTable({{"a", zvbTypeInteger}}, {row({std::string("no number")})}));
 
+  const std::string twice = "zvwt:" + sample + "?col=t&col=t";
+  const TableHandle selected(manager->copyTable(0, "", twice.c_str(), &error));
+  ASSERT_TRUE(selected->close());
+  expectSound(selected->getName().asCstr());
+
   const TableHandle sorted(manager->createTable(2, 1, 0, &error));
   ASSERT_EQ(0, sorted->setSortColumn(0, 0, true, 0));
   for (std::int64_t i = 0; i < 100; ++i) {  // the columns have no names and no types
@@ -144,6 +149,9 @@ TEST_F(TableCheck, FindsEachDamageInItsPlace) {
     return [=](Bytes& bytes) { bytes.set(offset, number); };
   };
   const auto cut = [](std::size_t size) { return [=](Bytes& bytes) { bytes.cut(size); }; };
+  const auto repeat = [](std::size_t from, std::size_t size) {
+    return [=](Bytes& bytes) { bytes.repeat(from, size, from + elementSize); };
+  };
   const auto grow = [](std::size_t at) { return [=](Bytes& bytes) { bytes.insert(at, "x"); }; };
   struct Damage {
     const std::string& file;
@@ -177,6 +185,8 @@ TEST_F(TableCheck, FindsEachDamageInItsPlace) {
       {name, put(firstElement + 20, 'X'), firstElement + 16},
       {name, put(firstElement + 38, 'x'), firstElement + 16},
       {name, put(firstElement + 50, '/'), firstElement + 39},
+      {name, repeat(firstElement + 16, 23), firstElement + elementSize + 16},
+      {name, repeat(firstElement + 39, 24), firstElement + elementSize + 39},
       {name, cut(end - 1), end - 24},
       {name, cut(31), 0},
       {name, grow(end), end},
@@ -232,6 +242,22 @@ TEST_F(TableCheck, ReadsOnBehindDamagedRows) {
   ASSERT_EQ(2U, found.size());
   EXPECT_EQ(9, found[0].offset);
   EXPECT_EQ(32, found[1].offset);  // row 3 is shorter than the entry of row 4 tells
+}
+
+TEST_F(TableCheck, FindsOneFileAmongManyElements) {
+  constexpr std::size_t elements = 1000;
+  const std::string name = makeCountingTable(elements, 1);
+  expectSound(name);
+  const std::size_t first = Bytes(directory.file(name)).size() - elements * elementSize;
+  for (const std::size_t element : {0, 1, 511, 512, 767, 998}) {
+    Bytes whole(directory.file(name));
+    Bytes(directory.file(name))
+        .repeat(first + element * elementSize + 16, 23, first + 999 * elementSize + 16)
+        .save();
+    ASSERT_EQ(1U, check(name).size()) << element;
+    EXPECT_EQ(first + 999 * elementSize + 16, static_cast<std::size_t>(check(name)[0].offset));
+    whole.save();
+  }
 }
 
 TEST_F(TableCheck, EndsWhenNoMoreIsWanted) {

@@ -22,7 +22,7 @@ constexpr int fixedPartSize = 32;  // bytes
 constexpr int recordHeadSize = 16;
 constexpr const char* dataPrefix = "zvwte_";
 constexpr const char* indexPrefix = "zvwtei_";
-constexpr int randomCharacters = 16;
+constexpr int randomCharacters = SeenNames::nameSize;
 
 /// Bytes of an element file's name, terminator included.
 constexpr int nameSize(const char* prefix) noexcept {
@@ -268,8 +268,8 @@ bool CatalogueCheck::checkElement(bool isLast) noexcept {
   std::int64_t rows = 0;
   char dataName[nameRoom] = "";
   char indexName[nameRoom] = "";
-  if (!checkElementHead(&hasIndex, &rows) || !checkFileName(dataPrefix, dataName) ||
-      (hasIndex && !checkFileName(indexPrefix, indexName))) {
+  if (!checkElementHead(&hasIndex, &rows) || !checkFileName(dataPrefix, &dataNames_, dataName) ||
+      (hasIndex && !checkFileName(indexPrefix, &indexNames_, indexName))) {
     return false;
   }
   if (isLast && mayBeTorn(begin + recordHeadSize) && rowCount_ >= rowsFound_) {
@@ -320,8 +320,10 @@ bool CatalogueCheck::checkElementHead(bool* hasIndex, std::int64_t* rows) noexce
   return true;
 }
 
-/// The name is left empty when it is none that an element's file can have.
-bool CatalogueCheck::checkFileName(const char* prefix, char (&name)[nameRoom]) noexcept {
+/// The name is left empty when it is none that an element's file can have, or one of an element
+/// before: that element's file is not read again.
+bool CatalogueCheck::checkFileName(const char* prefix, SeenNames* seen,
+                                   char (&name)[nameRoom]) noexcept {
   const int size = nameSize(prefix);
   const std::int64_t begin = file_.position();
   unsigned char bytes[nameRoom] = {};
@@ -337,7 +339,24 @@ bool CatalogueCheck::checkFileName(const char* prefix, char (&name)[nameRoom]) n
                 prefix, randomCharacters);
     return true;
   }
-  std::memcpy(name, bytes, static_cast<std::size_t>(size));
+  if (isNewFile(text, begin, seen)) {
+    std::memcpy(name, bytes, static_cast<std::size_t>(size));
+  }
+  return !report_.isOver();
+}
+
+bool CatalogueCheck::isNewFile(std::string_view name, std::int64_t offset,
+                               SeenNames* seen) noexcept {
+  SeenNames::Name random;
+  name.copy(random.data(), random.size(), name.size() - random.size());
+  if (seen->contains(random)) {
+    report_.add(file_.path(), offset, "the file is that of an element before");
+    return false;
+  }
+  if (!seen->add(random)) {
+    report_.fail(WT_MESSAGE(outOfMemory, "(element name)"));
+    return false;
+  }
   return true;
 }
 

@@ -7,11 +7,13 @@
 
 #include <cstdint>
 #include <memory>
+#include <string_view>
 
 #include "fio/TempDirectories.h"
 #include "wtcheck/CheckReport.h"
 #include "wtcheck/CheckedColumn.h"
 #include "wtcheck/CheckedFile.h"
+#include "wtcheck/SeenNames.h"
 
 class CatalogueCheck {
  public:
@@ -36,7 +38,10 @@ class CatalogueCheck {
                                 std::int64_t leastSize) noexcept;
   [[nodiscard]] bool checkName(std::int64_t lengthOffset, std::int64_t length,
                                const char* what) noexcept;
-  [[nodiscard]] bool checkFileName(const char* prefix, char (&name)[nameRoom]) noexcept;
+  [[nodiscard]] bool checkFileName(const char* prefix, SeenNames* seen,
+                                   char (&name)[nameRoom]) noexcept;
+  [[nodiscard]] bool isNewFile(std::string_view name, std::int64_t offset,
+                               SeenNames* seen) noexcept;
   [[nodiscard]] bool readPart(unsigned char* bytes, int count, const char* what) noexcept;
   [[nodiscard]] bool passSurplus(std::int64_t lengthOffset, std::int64_t length, int known,
                                  const char* what) noexcept;
@@ -62,4 +67,6 @@ class CatalogueCheck {
   std::unique_ptr<CheckedColumn[]> columns_;
   std::uint32_t columnCapacity_ = 0;
   std::uint32_t columnsRead_ = 0;
+  SeenNames dataNames_;
+  SeenNames indexNames_;
 };

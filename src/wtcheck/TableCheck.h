@@ -6,6 +6,7 @@
 ///
 ///   CatalogueCheck  the catalogue, and every element as it comes to it
 ///   ElementCheck    an element's two files, row by row
+///   SeenNames       the names of the elements' files: none may come twice
 ///   CheckedFile     one file, its size and the position in it
 ///   CheckReport     the findings
 ///

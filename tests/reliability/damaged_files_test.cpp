@@ -119,14 +119,14 @@ class DamagedFiles : public TableTest, public testing::WithParamInterface<Sample
   void expectRows(Cursor* newCursor);
 
   std::string table_;
-  std::string more_;            // a table with the same columns, whose row is appended
-  std::set<std::string> own_;   // the table's files
-  Files whole_;                 // those of both tables
-  Files current_;               // the same with the damage
-  std::string damaged_;         // the file's name
-  std::size_t rows_ = 0;        // of the table
-  Lines sound_;                 // its rows
-  bool isSound_ = true;         // nothing is found by a check
+  std::string more_;           // a table with the same columns, whose row is appended
+  std::set<std::string> own_;  // the table's files
+  Files whole_;                // those of both tables
+  Files current_;              // the same with the damage
+  std::string damaged_;        // the file's name
+  std::size_t rows_ = 0;       // of the table
+  Lines sound_;                // its rows
+  bool isSound_ = true;        // nothing is found by a check
   std::int64_t mostMemory_ = std::int64_t{1} << 20;
   std::int64_t operations_ = 0;
 };
@@ -371,7 +371,8 @@ void DamagedFiles::useInEveryWay() {
   const Lines lines = readForwards();
   compareWithCheck(lines);
   Lines backwards = expectRows(open(table_, nullptr, true));
-  EXPECT_TRUE(!isSound_ || std::equal(lines.begin(), lines.end(), backwards.rbegin(), backwards.rend()));
+  EXPECT_TRUE(!isSound_ ||
+              std::equal(lines.begin(), lines.end(), backwards.rbegin(), backwards.rend()));
   readParts();
   readByCursors();
   describe();

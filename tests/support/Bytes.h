@@ -32,6 +32,11 @@ class Bytes {
     content_.insert(offset, bytes);
     return *this;
   }
+  /// Puts what stands in one place into another one as well.
+  Bytes& repeat(std::size_t from, std::size_t size, std::size_t to) {
+    content_.replace(to, size, content_.substr(from, size));
+    return *this;
+  }
   Bytes& cut(std::size_t size) {
     content_.resize(size);
     return *this;
