@@ -205,6 +205,11 @@ bool DataElement::unlinkFile(File* file) noexcept {
   return status == npFioSuccess || fail(WT_MESSAGE(deleteFailed, np_fio_errdesc(status)));
 }
 
+bool DataElement::sharesFileWith(const DataElement& other) const noexcept {
+  return data_.name.compare(other.data_.name, true) == 0 ||
+         (!index_.name.isEmpty() && index_.name.compare(other.index_.name, true) == 0);
+}
+
 /// Makes the file's path known.
 bool DataElement::findFile(File* file) noexcept {
   if (!file->path.isEmpty()) {

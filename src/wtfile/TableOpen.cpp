@@ -143,7 +143,11 @@ bool ZVWTFileImpl::startAppending() noexcept {
   if (elementCount_ == 0) {
     return true;
   }
-  current_ = elements_[static_cast<std::size_t>(elementCount_) - 1].get();
+  DataElement* last = elements_[static_cast<std::size_t>(elementCount_) - 1].get();
+  if (!refuseSharedFiles(*last)) {
+    return false;
+  }
+  current_ = last;
   if (!current_->open(false)) {
     return failAs(*current_);
   }
@@ -153,6 +157,18 @@ bool ZVWTFileImpl::startAppending() noexcept {
   }
   if (full) {
     current_ = nullptr;
+  }
+  return true;
+}
+
+/// The files of the last element are about to be cut behind its rows: no others may be in them.
+bool ZVWTFileImpl::refuseSharedFiles(const DataElement& last) noexcept {
+  for (int i = 0; i < elementCount_ - 1; ++i) {
+    if (elements_[static_cast<std::size_t>(i)]->sharesFileWith(last)) {
+      return fail(
+          WT_MESSAGE(openFailed, headerPath_.asCstr(),
+                     "two of its elements have the same file, so it cannot be appended to"));
+    }
   }
   return true;
 }

@@ -161,6 +161,7 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   bool startReading() noexcept;
   bool startReadingAt(std::int64_t row) noexcept;
   bool startAppending() noexcept;
+  bool refuseSharedFiles(const DataElement& last) noexcept;
   void abandonOpening() noexcept;
   bool finishOpening(bool selected) noexcept;
 
