@@ -312,6 +312,9 @@ bool CatalogueCheck::checkElementHead(bool* hasIndex, std::int64_t* rows) noexce
                 "the name of an index file has the length %d: %d is expected, or 0 for none",
                 indexNameLength, nameSize(indexPrefix));
   }
+  if (columnCount_ == 0 && !*hasIndex && *rows > 0) {
+    report_.add(file_.path(), begin + 6, "an element whose rows have no columns needs an index");
+  }
   if (*rows < 0 || *rows > maximumRowCount) {
     report_.add(file_.path(), begin + 8,
                 "an element has %" PRId64 " rows: 0 to %" PRId64 " are possible", *rows,

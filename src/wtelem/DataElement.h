@@ -68,6 +68,7 @@ class DataElement {
   /// Says how many rows count, whatever its definition record says.
   void countRows(std::int64_t rows) noexcept { rowCount_ = rows; }
   [[nodiscard]] std::int64_t dataSize() const noexcept { return dataSize_; }
+  [[nodiscard]] bool hasIndex() const noexcept { return !index_.name.isEmpty(); }
   [[nodiscard]] bool sharesFileWith(const DataElement& other) const noexcept;
 
  private:

@@ -146,11 +146,9 @@ bool DataElement::findEndOfRows(std::int64_t dataFileSize, std::int64_t* end) no
 }
 
 /// With an index the last row but one: the last row must begin where that ends, or a damaged entry
-/// would have rows cut off. Without one the first row, unless rows have no columns and take no
-/// bytes.
+/// would have rows cut off.
 std::int64_t DataElement::firstRowToPass() const noexcept {
-  const bool seesAll = index_.handle == nullptr && table_.columnCount != 0;
-  return seesAll ? 0 : std::max<std::int64_t>(rowCount_ - 2, 0);
+  return index_.handle == nullptr ? 0 : std::max<std::int64_t>(rowCount_ - 2, 0);
 }
 
 /// Places the data file at the row. Row 0 begins where the file begins.

@@ -319,11 +319,16 @@ bool ZVWTFileImpl::readElementDefinitions(std::uint32_t count) noexcept {
     if (elementCount_ + 1 == elementCapacity_ && mayBeTorn(offset + elementHeadSize)) {
       element->countRows(rowsLeft);
     }
-    if (element->rowCount() > rowsLeft) {
+    if (element->rowCount() > rowsLeft || !canHaveRows(*element)) {
       return fail(WT_MESSAGE(shortRead, "element definition"));
     }
     rowsLeft -= element->rowCount();
     elements_[static_cast<std::size_t>(elementCount_)] = std::move(element);
   }
   return rowsLeft == 0 || fail(WT_MESSAGE(shortRead, "element definition"));
+}
+
+/// Rows without columns take no bytes: without an index there could be any number of them.
+bool ZVWTFileImpl::canHaveRows(const DataElement& element) const noexcept {
+  return state_.columnCount != 0 || element.hasIndex() || element.rowCount() == 0;
 }

@@ -149,6 +149,7 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   bool readColumnDefinitions(std::uint32_t count) noexcept;
   bool readColumnDefinition(ColumnDefinition* column) noexcept;
   bool readElementDefinitions(std::uint32_t count) noexcept;
+  bool canHaveRows(const DataElement& element) const noexcept;
   bool skipSurplus(std::uint32_t length, int known) noexcept;
   [[nodiscard]] std::int64_t remainingHeaderBytes() const noexcept;
 
