@@ -191,51 +191,6 @@ TEST_F(TableCatalogue, IsAnErrorWhenDamagedInAKnownPlace) {
   EXPECT_EQ(1301, damaged(Bytes(whole).cut(whole.size() - 1)));
 }
 
-TEST_F(TableCatalogue, AnswersEveryCutAndEveryFlippedBitWithoutHarm) {
-  const std::string name = makeSample();
-  const std::string original = name;
-  for (const std::string& file : directory.names()) {
-    const Bytes whole(directory.file(file));
-    for (std::size_t size = 0; size < whole.size(); ++size) {
-      Bytes(whole).cut(size).save();
-      EXPECT_LE(readTable(name).size(), 4U);
-      EXPECT_LE(readTable(name, nullptr, true).size(), 4U);
-    }
-    for (std::size_t bit = 0; bit < 8 * whole.size(); ++bit) {
-      const auto byte = static_cast<unsigned char>(whole.content()[bit / 8]);
-      Bytes(whole)
-          .set<unsigned char>(bit / 8, static_cast<unsigned char>(byte ^ (1U << bit % 8)))
-          .save();
-      EXPECT_LE(readTable(name).size(), 4U);
-      EXPECT_LE(readTable(name, nullptr, true).size(), 4U);
-    }
-    whole.save();
-  }
-  EXPECT_EQ(sampleRows, readTable(name));
-}
-
-TEST_F(TableCatalogue, NeverLeadsToFilesThatAreNotItsTables) {
-  const std::string name = makeSample();
-  const std::string precious = directory.write("precious.txt", "keep me");
-  const Bytes whole = catalogue(name);
-  for (const std::string& foreign : {std::string("precious.txt"), name, std::string("../zvwte_x"),
-                                     std::string("zvwtei_0123456789abcde")}) {
-    std::string changed = whole.content();
-    changed.replace(73 + 16, 23, foreign + '\0');
-    std::ofstream(directory.file(name), std::ios::binary) << changed;
-    catalogue(name)
-        .set<std::uint16_t>(73 + 4, static_cast<std::uint16_t>(foreign.size() + 1))
-        .save();
-    const auto before = contents();
-    EXPECT_EQ(1301, openingFails(name)) << foreign;
-    EXPECT_EQ(1301, messageId(append(name, moreRows)));
-    EXPECT_FALSE(manager->deleteTable(name.c_str(), &error));
-    EXPECT_EQ(before, contents());
-  }
-  whole.save();
-  EXPECT_EQ(sampleRows, readTable(name));
-}
-
 TEST_F(TableCatalogue, KeepsAnAccessKeyOfAnySizeWhenAppendedTo) {
   const std::string name = makeSample();
   catalogue(name).set<std::uint16_t>(6, 65535).insert(32, std::string(65534, 'k')).save();
@@ -243,16 +198,6 @@ TEST_F(TableCatalogue, KeepsAnAccessKeyOfAnySizeWhenAppendedTo) {
   EXPECT_STREQ("", append(name, moreRows).asCstr());
   EXPECT_EQ(4U, readTable(name).size());
   EXPECT_EQ(65535, catalogue(name).get<std::uint16_t>(6));
-}
-
-TEST_F(TableCatalogue, OpensRowsWithoutColumnsAndWithoutAnIndexInBoundedTime) {
-  TableHandle table = create({});
-  EXPECT_TRUE(table->writeRow(static_cast<const ZvbDatavar*>(nullptr)));
-  const std::string name = table->getName().asCstr();
-  table.reset();
-  constexpr std::int64_t many = 3'000'000'000;
-  catalogue(name).set(24, many).set<std::uint16_t>(33 + 6, 0).set(33 + 8, many).save();
-  EXPECT_STREQ("", append(name, {}).asCstr());
 }
 
 // ---- Columns
