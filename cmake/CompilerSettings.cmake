@@ -14,12 +14,19 @@ if(ZVWT_SANITIZE)
                       -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${ZVWT_SANITIZE})
 endif()
+if(ZVWT_COVERAGE)
+  # Counted atomically, as threads count the same lines; processes add up in turn at their ends.
+  add_compile_options(--coverage -fprofile-update=atomic -fprofile-abs-path)
+  add_link_options(--coverage)
+endif()
 
 function(zvwt_use_settings target)
   target_compile_features(${target} PUBLIC cxx_std_20)
   target_compile_options(${target} PRIVATE
-      -Wall -Wextra -Wconversion -Wshadow -Werror
-      -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+      -Wall -Wextra -Wconversion -Wshadow -Werror)
+  if(NOT ZVWT_COVERAGE)  # which is to find the sources again
+    target_compile_options(${target} PRIVATE -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+  endif()
   set_target_properties(${target} PROPERTIES
       CXX_EXTENSIONS OFF
       CXX_VISIBILITY_PRESET hidden
