@@ -1,5 +1,7 @@
 /// The verb "check".
 
+#include <filesystem>
+
 #include "support/Bytes.h"
 #include "support/ToolFixture.h"
 
@@ -27,6 +29,19 @@ TEST_F(Tool, ChecksTables) {
   EXPECT_EQ(outcome.exitCode, 1);
   EXPECT_EQ(outcome.output, "[\n  {\"table\": \"" + damaged + "\", \"file\": \"" + place +
                                 "\", \"offset\": 24, \"rule\": \"" + rule + "\"}\n]\n");
+}
+
+TEST_F(Tool, EscapesNamesInJson) {
+  const std::string table = import("a\n1\n");
+  Bytes(tables_.file(table)).set<std::int64_t>(24, 7).save();
+  const std::string strange = files_.file("a\"\\\x01\n\xC3\xA9\xFF\xED\xA0\x80");
+  std::filesystem::rename(tables_.path(), strange);
+  const Outcome outcome =
+      execute(quoted(ZVWT_TOOL_PATH) + " check --json --dir " + quoted(strange) + ' ' + table);
+  EXPECT_NE(outcome.output.find("\"file\": \"" + files_.file("a\\\"\\\\\\u0001\\u000a\xC3\xA9") +
+                                "\\ufffd\\ufffd\\ufffd\\ufffd/" + table + "\", "),
+            std::string::npos)
+      << outcome.output;
 }
 
 }  // namespace

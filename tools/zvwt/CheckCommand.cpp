@@ -1,9 +1,11 @@
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <iterator>
 
 #include "Commands.h"
 #include "Diagnostics.h"
+#include "DisplayText.h"
 #include "OutputBuffer.h"
 
 namespace zvwttool {
@@ -68,22 +70,33 @@ class FindingPrinter {
     output_->append({digits, std::to_chars(digits, std::end(digits), number).ptr});
   }
 
+  /// A name may be of any bytes, but JSON is UTF-8.
   void printText(std::string_view text) {
     output_->append('"');
-    for (const char character : text) {
-      const auto byte = static_cast<unsigned char>(character);
-      if (character == '"' || character == '\\') {
-        output_->append('\\');
-        output_->append(character);
-      } else if (byte < 0x20) {
-        char escape[8];
-        (void)std::snprintf(escape, sizeof escape, "\\u%04x", unsigned{byte});
-        output_->append(escape);
+    while (!text.empty()) {
+      const std::size_t size = characterSize(text);
+      if (size == 0) {
+        output_->append("\\ufffd");
       } else {
-        output_->append(character);
+        printCharacter(text.substr(0, size));
       }
+      text.remove_prefix(std::max<std::size_t>(size, 1));
     }
     output_->append('"');
+  }
+
+  void printCharacter(std::string_view character) {
+    const auto lead = static_cast<unsigned char>(character[0]);
+    if (lead < 0x20) {
+      char escape[8];
+      (void)std::snprintf(escape, sizeof escape, "\\u%04x", unsigned{lead});
+      output_->append(escape);
+      return;
+    }
+    if (lead == '"' || lead == '\\') {
+      output_->append('\\');
+    }
+    output_->append(character);
   }
 
   bool asJson_;

@@ -42,20 +42,6 @@ bool secondByteFits(unsigned char lead, unsigned char second) {
   }
 }
 
-/// The size of the valid UTF-8 character at the front of a text that is not empty; 0 for none.
-std::size_t characterSize(std::string_view text) {
-  const unsigned char lead = byteAt(text, 0);
-  const std::size_t size = sizeByLeadByte(lead);
-  if (size <= 1) {
-    return size;
-  }
-  if (text.size() < size || !secondByteFits(lead, byteAt(text, 1))) {
-    return 0;
-  }
-  const std::string_view rest = text.substr(1, size - 1);
-  return std::all_of(rest.begin(), rest.end(), isContinuation) ? size : 0;
-}
-
 bool isControl(std::string_view character) {
   const unsigned char lead = byteAt(character, 0);
   const bool isSecondSet = character.size() == 2 && lead == 0xC2U && byteAt(character, 1) < 0xA0U;
@@ -83,6 +69,19 @@ std::string escaped(std::string_view bytes) {
 }
 
 }  // namespace
+
+std::size_t characterSize(std::string_view text) {
+  const unsigned char lead = byteAt(text, 0);
+  const std::size_t size = sizeByLeadByte(lead);
+  if (size <= 1) {
+    return size;
+  }
+  if (text.size() < size || !secondByteFits(lead, byteAt(text, 1))) {
+    return 0;
+  }
+  const std::string_view rest = text.substr(1, size - 1);
+  return std::all_of(rest.begin(), rest.end(), isContinuation) ? size : 0;
+}
 
 std::string displayText(std::string_view text, std::size_t limit) {
   std::string shown;

@@ -11,6 +11,9 @@ namespace zvwttool {
 /// are no UTF-8 are escaped, and what is too long ends with an ellipsis.
 [[nodiscard]] std::string displayText(std::string_view text, std::size_t limit);
 
+/// The bytes of the valid UTF-8 character at the front of a text that is not empty; 0 for none.
+[[nodiscard]] std::size_t characterSize(std::string_view text);
+
 /// A column's name in quotes, as messages give it.
 [[nodiscard]] std::string quotedName(std::string_view name);
 
