@@ -12,6 +12,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <thread>
 
 #include "support/EnvironmentVariable.h"
 #include "support/SizeLimit.h"
@@ -450,6 +451,29 @@ TEST(TemporaryFile, IsNotMadeWhenItCannotBeNamed) {
   EXPECT_TRUE(directory.names().empty());
   EXPECT_EQ(make(parent, "t_", needed), npFioSuccess);
   np_fio_close(file);
+}
+
+/// Whoever reclaims the files of killed processes removes what nobody has locked.
+TEST(TemporaryFile, IsNeverTakenForOneThatNobodyHas) {
+  const TemporaryDirectory directory;
+  const std::jthread reclaimer([&directory](const std::stop_token& stop) {
+    while (!stop.stop_requested()) {
+      for (const std::string& name : directory.names()) {
+        np_fio_handle file = nullptr;
+        if (np_fio_open(directory.file(name).c_str(), npFioOnlyWriter, &file) == npFioSuccess) {
+          (void)np_fio_unlink(directory.file(name).c_str());
+          np_fio_close(file);
+        }
+      }
+    }
+  });
+  std::array<char, npFioPathSize> path;
+  for (int i = 0; i < 3'000; ++i) {
+    np_fio_handle file = nullptr;
+    ASSERT_EQ(np_fio_tmpfile(directory.path().c_str(), "t_", path.data(), npFioPathSize, &file), 0);
+    ASSERT_EQ(np_fio_unlink(path.data()), npFioSuccess) << i;
+    np_fio_close(file);
+  }
 }
 
 TEST(Paths, SplitAndJoin) {

@@ -97,6 +97,20 @@ int lockForOnlyWriter(File file) noexcept {
       repeatInterrupted([&] { return flock(descriptor(file), LOCK_EX | LOCK_NB); }));
 }
 
+/// Between its creation and its lock, a new file looks like one that a killed process has left: who
+/// reclaims those may be at it, or may have removed it. Then the name is as good as taken.
+int lockNewFile(File file) noexcept {
+  const int status = lockForOnlyWriter(file);
+  if (status != npFioSuccess) {
+    return status == npFioInUse ? npFioExists : status;
+  }
+  struct stat found;
+  if (fstat(descriptor(file), &found) != 0) {
+    return statusOf(errno);
+  }
+  return found.st_nlink > 0 ? npFioSuccess : npFioExists;
+}
+
 int checkRegular(File file) noexcept {
   struct stat found;
   if (fstat(descriptor(file), &found) != 0) {
@@ -145,7 +159,7 @@ int create(const char* path, File* file) noexcept {
   if (status != npFioSuccess) {
     return status;
   }
-  status = lockForOnlyWriter(*file);
+  status = lockNewFile(*file);
   if (status != npFioSuccess) {
     ::close(descriptor(*file));
     ::unlink(path);
