@@ -173,38 +173,44 @@ TEST_F(TableFaults, ADamagedRowCostsOnlyItself) {
   }
 }
 
-/// A process that is killed while it rewrites a long catalogue leaves some pages old, some new.
+/// A process that is killed while it rewrites a long catalogue leaves some pages old, some new. The
+/// first of the two becomes a long one with the append.
 TEST_F(TableFaults, ACatalogueThatWasRewrittenInPartKeepsTheRowsThatWereThere) {
-  std::vector<std::string> names;
-  std::vector<Column> columns;
-  for (int i = 0; i < 350; ++i) {
-    names.push_back("column" + std::to_string(i));
+  constexpr std::size_t page = 4096;
+  for (const int columnCount : {145, 350}) {
+    std::vector<std::string> names;
+    std::vector<Column> columns;
+    for (int i = 0; i < columnCount; ++i) {
+      names.push_back("column" + std::to_string(i));
+    }
+    for (const std::string& name : names) {
+      columns.push_back({name.c_str(), zvbTypeString});
+    }
+    const Row cells(columns.size(), std::string("x"));
+    const std::string target = makeTable(columns, std::vector<Row>(200, cells), 30000);
+    const std::string source = makeTable(columns, std::vector<Row>(100, cells));
+    const std::string path = directory.file(target);
+    const std::string before = Bytes(path).content();
+    ASSERT_TRUE(manager->appendTable(target.c_str(), source.c_str(), &error)) << error.asCstr();
+    const std::string after = Bytes(path).content();
+    ASSERT_EQ(columnCount > 200, before.size() > page);
+    ASSERT_LT(page, after.size());
+    const Lines all = readTable(target);
+    const Lines old(all.begin(), all.begin() + 200);
+    const auto put = [&](const std::string& header, std::size_t written) {
+      const std::string rest = written < before.size() ? before.substr(written) : "";
+      Bytes(path).cut(0).insert(0, header + after.substr(32, written - 32) + rest).save();
+    };
+    for (std::size_t end = page; end < after.size() + 37; end += end < 2 * page ? page : 37) {
+      put(before.substr(0, 32), std::min(end, after.size()));
+      ASSERT_EQ(old, readTable(target)) << end;
+    }
+    ASSERT_TRUE(manager->appendTable(target.c_str(), source.c_str(), &error)) << error.asCstr();
+    EXPECT_EQ(all, readTable(target));
+    put(std::string(32, '\0'), page);
+    EXPECT_EQ(nullptr, open(target));
+    EXPECT_EQ(1773, messageId(error));
   }
-  for (const std::string& name : names) {
-    columns.push_back({name.c_str(), zvbTypeString});
-  }
-  const Row cells(columns.size(), std::string("x"));
-  const std::string target = makeTable(columns, std::vector<Row>(200, cells), 30000);
-  const std::string source = makeTable(columns, std::vector<Row>(100, cells));
-  const std::string path = directory.file(target);
-  const std::string before = Bytes(path).content();
-  ASSERT_TRUE(manager->appendTable(target.c_str(), source.c_str(), &error)) << error.asCstr();
-  const std::string after = Bytes(path).content();
-  ASSERT_LT(before.size(), after.size());
-  ASSERT_LT(8192U, before.size());
-  const Lines all = readTable(target);
-  const Lines old(all.begin(), all.begin() + 200);
-  for (std::size_t written = 32; written < after.size(); written += written < 8192 ? 1020 : 31) {
-    const std::string rest = written < before.size() ? before.substr(written) : "";
-    Bytes(path)
-        .cut(0)
-        .insert(0, before.substr(0, 32) + after.substr(32, written - 32) + rest)
-        .save();
-    ASSERT_EQ(old, readTable(target)) << written;
-  }
-  ASSERT_TRUE(manager->appendTable(target.c_str(), source.c_str(), &error)) << error.asCstr();
-  EXPECT_EQ(all, readTable(target));
-  EXPECT_EQ(before.substr(0, 12), Bytes(path).content().substr(0, 12));
 }
 
 }  // namespace

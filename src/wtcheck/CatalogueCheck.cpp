@@ -47,7 +47,7 @@ bool isFileName(std::string_view name, std::string_view prefix) noexcept {
 void CatalogueCheck::run() noexcept {
   if (checkFixedPart() && checkColumns() && checkElements()) {
     checkRowCount();
-    if (file_.left() > 0 && !mayBeTorn(file_.position())) {
+    if (file_.left() > 0 && isWrittenAtOnce(file_.size())) {
       report_.add(file_.path(), file_.position(),
                   "%" PRId64 " bytes follow the last record: the catalogue must end here",
                   file_.left());
@@ -272,7 +272,7 @@ bool CatalogueCheck::checkElement(bool isLast) noexcept {
       (hasIndex && !checkFileName(indexPrefix, &indexNames_, indexName))) {
     return false;
   }
-  if (isLast && mayBeTorn(begin + recordHeadSize) && rowCount_ >= rowsFound_) {
+  if (isLast && !isWrittenAtOnce(file_.size()) && rowCount_ >= rowsFound_) {
     rows = rowCount_ - rowsFound_;
   }
   const bool isPossible = rows >= 0 && rows <= maximumRowCount;

@@ -7,7 +7,7 @@
 /// The most that an index, with 8 bytes for each, can have entries for.
 constexpr std::int64_t maximumRowCount = std::numeric_limits<std::int64_t>::max() / 8;
 
-/// True of a place in the catalogue that an append which was killed may have written without the
-/// fixed part that belongs to it. What lies in one page with the fixed part reaches the file
-/// together with it.
-constexpr bool mayBeTorn(std::int64_t offset) noexcept { return offset > 4096; }
+/// A catalogue of so many bytes is written in one piece, within a page: no process is killed in
+/// between. Of a longer one, an append that was killed may have left the records new and the fixed
+/// part old, which then says how many rows of the last element count.
+constexpr bool isWrittenAtOnce(std::int64_t size) noexcept { return size < 4096; }

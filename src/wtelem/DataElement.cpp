@@ -254,6 +254,12 @@ bool DataElement::writeDefinition(np_fio_handle catalogue) noexcept {
   return written || fail(WT_MESSAGE(shortWrite));
 }
 
+std::int64_t DataElement::definitionSize() const noexcept {
+  const std::uint32_t indexNameSize = index_.name.cStrSize();
+  return std::int64_t{recordHeadSize} + data_.name.cStrSize() +
+         (indexNameSize >= 2 ? indexNameSize : 0);
+}
+
 bool DataElement::readDefinition(np_fio_handle catalogue) noexcept {
   unsigned char bytes[recordHeadSize];
   if (np_fio_getb(catalogue, bytes, recordHeadSize) != static_cast<int>(recordHeadSize)) {

@@ -49,6 +49,8 @@ class DataElement {
   [[nodiscard]] bool remove() noexcept;
 
   [[nodiscard]] bool writeDefinition(np_fio_handle catalogue) noexcept;
+  /// Bytes that writeDefinition writes.
+  [[nodiscard]] std::int64_t definitionSize() const noexcept;
   [[nodiscard]] bool readDefinition(np_fio_handle catalogue) noexcept;
 
   /// Appends a row, one value per column. *elementFull tells that the table's maximum size is

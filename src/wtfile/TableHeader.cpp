@@ -1,6 +1,7 @@
 /// The catalogue file's bytes. docs/file-format.md has the tables that this follows.
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <new>
 #include <utility>
@@ -61,6 +62,12 @@ FixedHeader loadFixedHeader(const unsigned char* bytes, bool swap) noexcept {
           .rowCount = loadField<std::int64_t>(bytes + 24, swap)};
 }
 
+/// Zero bytes stand where a writer was killed after the records and before the fixed header.
+bool isUnwritten(const unsigned char (&header)[fixedHeaderSize]) noexcept {
+  return std::all_of(std::begin(header), std::end(header),
+                     [](unsigned char byte) { return byte == 0; });
+}
+
 void storeColumnHead(unsigned char* bytes, const ColumnHead& head) noexcept {
   storeField(bytes, head.length);
   storeField(bytes + 2, head.storageCode);
@@ -81,37 +88,28 @@ ColumnHead loadColumnHead(const unsigned char* bytes, bool swap) noexcept {
 
 // ---- Writing
 
-/// The fixed part counts the elements and the rows. Over an older catalogue it is written when all
-/// else has reached the file, so that a process that is killed before leaves the rows that were
-/// there. A new catalogue begins with it, since no records make a catalogue without it.
+/// A catalogue that fits a page reaches the file at once. A longer one goes in pieces, the fixed
+/// header last: a process that is killed before it leaves a new table's catalogue without one, and
+/// that of a table which was appended to with the one that it had, so that its rows are those that
+/// it had.
 bool ZVWTFileImpl::writeHeader() noexcept {
   if (state_.openedForReading) {
     return true;
   }
-  if (headerSize_ == 0) {
-    return writeFixedHeader() && writeRecords() && flushHeader() && cutHeader();
+  if (isWrittenAtOnce(catalogueSize())) {
+    return seekHeader(0) && writeFixedHeader() && writeRecords() && flushHeader() && cutHeader();
   }
-  return writeRecords() && flushHeader() && cutHeader() && writeFixedHeader() && flushHeader();
+  return seekHeader(fixedHeaderSize) && writeRecords() && flushHeader() && cutHeader() &&
+         seekHeader(0) && writeFixedHeader() && flushHeader();
 }
 
-bool ZVWTFileImpl::writeFixedHeader() noexcept {
-  unsigned char bytes[fixedHeaderSize];
-  storeFixedHeader(bytes, {.mark = byteOrderMark,
-                           .version = writtenVersion,
-                           .length = fixedHeaderSize,
-                           .accessKeyLength = static_cast<std::uint16_t>(accessKey_.cStrSize()),
-                           .columnCount = static_cast<std::uint32_t>(state_.columnCount),
-                           .elementCount = static_cast<std::uint32_t>(elementCount_),
-                           .maxElementSize = state_.maxElementSize,
-                           .rowCount = rowCount_});
-  return seekHeader(0) && (putAll(header_, bytes, fixedHeaderSize) || fail(WT_MESSAGE(shortWrite)));
+bool ZVWTFileImpl::seekHeader(std::int64_t offset) noexcept {
+  return np_fio_seek64(header_, offset, npFioFromStart) == offset ||
+         fail(WT_MESSAGE(seekFailed, "(work table header)"));
 }
 
-/// Writes all that follows the fixed part, and stands at the catalogue's end.
+/// The access key and what follows it.
 bool ZVWTFileImpl::writeRecords() noexcept {
-  if (!seekHeader(fixedHeaderSize)) {
-    return false;
-  }
   if (!putAll(header_, accessKey_.asCstr(), accessKey_.cStrSize())) {
     return fail(WT_MESSAGE(shortWrite));
   }
@@ -129,9 +127,17 @@ bool ZVWTFileImpl::writeRecords() noexcept {
   return true;
 }
 
-bool ZVWTFileImpl::seekHeader(std::int64_t offset) noexcept {
-  return np_fio_seek64(header_, offset, npFioFromStart) == offset ||
-         fail(WT_MESSAGE(seekFailed, "(work table header)"));
+bool ZVWTFileImpl::writeFixedHeader() noexcept {
+  unsigned char bytes[fixedHeaderSize];
+  storeFixedHeader(bytes, {.mark = byteOrderMark,
+                           .version = writtenVersion,
+                           .length = fixedHeaderSize,
+                           .accessKeyLength = static_cast<std::uint16_t>(accessKey_.cStrSize()),
+                           .columnCount = static_cast<std::uint32_t>(state_.columnCount),
+                           .elementCount = static_cast<std::uint32_t>(elementCount_),
+                           .maxElementSize = state_.maxElementSize,
+                           .rowCount = rowCount_});
+  return putAll(header_, bytes, fixedHeaderSize) || fail(WT_MESSAGE(shortWrite));
 }
 
 bool ZVWTFileImpl::writeColumnDefinition(const ColumnDefinition& column) noexcept {
@@ -156,10 +162,13 @@ bool ZVWTFileImpl::cutHeader() noexcept {
   return status == npFioSuccess || fail(WT_MESSAGE(flushFailed, np_fio_errdesc(status)));
 }
 
-std::int64_t ZVWTFileImpl::columnDefinitionsSize() const noexcept {
-  std::int64_t size = 0;
+std::int64_t ZVWTFileImpl::catalogueSize() const noexcept {
+  std::int64_t size = fixedHeaderSize + accessKey_.cStrSize();
   for (int i = 0; i < state_.columnCount; ++i) {
     size += columnHeadSize + state_.columns[static_cast<std::size_t>(i)].name.cStrSize();
+  }
+  for (int i = 0; i < elementCount_; ++i) {
+    size += elements_[static_cast<std::size_t>(i)]->definitionSize();
   }
   return size;
 }
@@ -170,7 +179,7 @@ bool ZVWTFileImpl::assureHeader() noexcept {
   constexpr std::int64_t elementSize = 64;  // bytes, of a definition with the names of new files
   std::int64_t size = assuredSize_;
   if (size == 0) {
-    size = std::max(headerSize_, fixedHeaderSize + accessKey_.cStrSize() + columnDefinitionsSize());
+    size = std::max(headerSize_, catalogueSize());
   }
   const int status = np_fio_assure(header_, size + elementSize);
   if (status != npFioSuccess) {
@@ -196,7 +205,7 @@ bool ZVWTFileImpl::readHeader() noexcept {
 bool ZVWTFileImpl::readFixedHeader(std::uint32_t* columnCount,
                                    std::uint32_t* elementCount) noexcept {
   unsigned char bytes[fixedHeaderSize];
-  if (np_fio_getb(header_, bytes, fixedHeaderSize) != fixedHeaderSize) {
+  if (np_fio_getb(header_, bytes, fixedHeaderSize) != fixedHeaderSize || isUnwritten(bytes)) {
     return fail(WT_MESSAGE(headerTooShort));
   }
   state_.otherByteOrder = loadField<std::uint16_t>(bytes, false) != byteOrderMark;
@@ -312,11 +321,10 @@ bool ZVWTFileImpl::readElementDefinitions(std::uint32_t count) noexcept {
     if (element == nullptr) {
       return fail(WT_MESSAGE(outOfMemory, "(data element definition)"));
     }
-    const std::int64_t offset = np_fio_seek64(header_, 0, npFioFromHere);
     if (!element->readDefinition(header_)) {
       return failAs(*element);
     }
-    if (elementCount_ + 1 == elementCapacity_ && mayBeTorn(offset + elementHeadSize)) {
+    if (elementCount_ + 1 == elementCapacity_ && !isWrittenAtOnce(headerSize_)) {
       element->countRows(rowsLeft);
     }
     if (element->rowCount() > rowsLeft || !canHaveRows(*element)) {

@@ -141,7 +141,7 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   bool seekHeader(std::int64_t offset) noexcept;
   bool flushHeader() noexcept;
   bool cutHeader() noexcept;
-  [[nodiscard]] std::int64_t columnDefinitionsSize() const noexcept;
+  [[nodiscard]] std::int64_t catalogueSize() const noexcept;
   bool assureHeader() noexcept;
   bool readHeader() noexcept;
   bool readFixedHeader(std::uint32_t* columnCount, std::uint32_t* elementCount) noexcept;
@@ -187,7 +187,7 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   ZvbString name_;        // of the catalogue file, without directory
   ZvbString headerPath_;  // of the catalogue file; empty until it was made or found
   np_fio_handle header_ = nullptr;
-  std::int64_t headerSize_ = 0;   // bytes of the catalogue file when it was opened, 0: a new one
+  std::int64_t headerSize_ = 0;   // bytes of the catalogue file when it was opened
   std::int64_t assuredSize_ = 0;  // bytes that it has space for on the disk, or 0
   int directory_ = 0;             // that holds the catalogue file; new elements start there
   std::int16_t version_ = 0;

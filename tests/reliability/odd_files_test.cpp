@@ -113,11 +113,10 @@ Answers OddFiles::use(const std::string& name) {
   Answers answers;
   answers["open"] = read(open(name));
   answers["open backwards"] = read(open(name, nullptr, true));
-  answers["open numbers"] = read(
-      TableHandle(manager->openTable(name.c_str(), 1, &number, nullptr, false, &error)));
+  answers["open numbers"] =
+      read(TableHandle(manager->openTable(name.c_str(), 1, &number, nullptr, false, &error)));
   answers["open URI"] = read(openUri(uriOf(name)));
-  answers["partition"] =
-      idOf(manager->partitionTable(uriOf(name).c_str(), &parts, &range, &error));
+  answers["partition"] = idOf(manager->partitionTable(uriOf(name).c_str(), &parts, &range, &error));
   answers["sizes"] = idOf(zvwtGetTableSizes(manager.get(), name.c_str(), &sizes, &error));
   answers["check"] = check(name);
   TableHandle copied(manager->copyTable(0, "", uriOf(name).c_str(), &error));
@@ -192,11 +191,16 @@ TEST_F(OddFiles, AreNoTables) {
 }
 
 TEST_F(OddFiles, AreNoElements) {
-  const Answers expected = {{"open", notOpened},         {"open backwards", notOpened},
-                            {"open numbers", notOpened}, {"open URI", notOpened},
-                            {"partition", 0},            {"sizes", notOpened},
-                            {"check", findings},         {"copy", 1782},
-                            {"append from", 1782},       {"append to", notOpened},
+  const Answers expected = {{"open", notOpened},
+                            {"open backwards", notOpened},
+                            {"open numbers", notOpened},
+                            {"open URI", notOpened},
+                            {"partition", 0},
+                            {"sizes", notOpened},
+                            {"check", findings},
+                            {"copy", 1782},
+                            {"append from", 1782},
+                            {"append to", notOpened},
                             {"delete", notOpened}};
   const Files others = filesOf(outside, directory);
   for (const bool isIndex : {false, true}) {
@@ -216,18 +220,36 @@ TEST_F(OddFiles, AreNoElements) {
 // ---- Names
 
 std::vector<std::string> namesThatLeadElsewhere(const std::string& target) {
-  return {"../" + target, "./" + target, "..", ".", "", "/etc/passwd", "a/../../" + target,
-          "..\\" + target, "C:\\" + target, "C:" + target, "\\\\host\\" + target, target + ":x",
-          target + ".", target + " ", "con", "NUL.txt", "lpt1", "a\nb", "a\x1B[2J", "\t",
-          std::string(259, 'x'), std::string(5000, 'x')};
+  return {"../" + target,
+          "./" + target,
+          "..",
+          ".",
+          "",
+          "/etc/passwd",
+          "a/../../" + target,
+          "..\\" + target,
+          "C:\\" + target,
+          "C:" + target,
+          "\\\\host\\" + target,
+          target + ":x",
+          target + ".",
+          target + " ",
+          "con",
+          "NUL.txt",
+          "lpt1",
+          "a\nb",
+          "a\x1B[2J",
+          "\t",
+          std::string(259, 'x'),
+          std::string(5000, 'x')};
 }
 
 TEST_F(OddFiles, AreNotReachedByTablesNames) {
   for (const std::string& name : namesThatLeadElsewhere(outside)) {
     expectOnly(notPlain, name, name);
   }
-  for (const std::string& name : {"\xFF\xFE\x80"s, "a b"s, "*"s, "%2e%2e%2f" + outside,
-                                  "~"s, std::string(100, '\x7F'), "zvwt_"s}) {
+  for (const std::string& name : {"\xFF\xFE\x80"s, "a b"s, "*"s, "%2e%2e%2f" + outside, "~"s,
+                                  std::string(100, '\x7F'), "zvwt_"s}) {
     expectOnly(notOpened, name, name);
   }
   for (const std::string& uri : {"zvwt:" + good + "%00", "zvwt:" + good + "%00%2F.."}) {
@@ -306,10 +328,12 @@ TEST_F(OddFiles, ThatSeveralTablesOrElementsNameAreReadByEach) {
       .set<std::int64_t>(24, 4)
       .set<std::int64_t>(element + 16 + 23 + 24 + 8, 1)
       .save();
-  const Answers expected = {{"open", 0},      {"open backwards", 0}, {"open numbers", 0},
-                            {"open URI", 0},  {"partition", 0},      {"sizes", 0},
-                            {"check", findings}, {"copy", 0},       {"append from", 0},
-                            {"append to", notOpened}, {"delete", notOpened}};
+  const Answers expected = {{"open", 0},          {"open backwards", 0},
+                            {"open numbers", 0},  {"open URI", 0},
+                            {"partition", 0},     {"sizes", 0},
+                            {"check", findings},  {"copy", 0},
+                            {"append from", 0},   {"append to", notOpened},
+                            {"delete", notOpened}};
   EXPECT_EQ((std::vector<std::string>{"0", "1", "2", "0"}), readTable(again.catalogue));
   EXPECT_EQ(expected, use(again.catalogue));
   EXPECT_EQ(3U, tables.names().size());
@@ -358,13 +382,14 @@ TEST_F(OddFiles, InAListOfDirectoriesArePassedOver) {
   fs::current_path(before);
 }
 
-/// Runs as an ordinary user, for whom permissions count; what fails is printed. True if nothing has.
+/// Runs as an ordinary user, for whom permissions count; what fails is printed. True if nothing
+/// has.
 bool passesForOrdinaryUser(const std::function<void()>& test) {
   constexpr uid_t nobody = 65534;
   const pid_t child = fork();
   if (child == 0) {
-    const bool became = geteuid() != 0 || (setgroups(0, nullptr) == 0 && setgid(nobody) == 0 &&
-                                           setuid(nobody) == 0);
+    const bool became = geteuid() != 0 ||
+                        (setgroups(0, nullptr) == 0 && setgid(nobody) == 0 && setuid(nobody) == 0);
     EXPECT_TRUE(became);
     test();
     _exit(testing::Test::HasFailure() ? 1 : 0);
@@ -389,8 +414,8 @@ TEST_F(OddFiles, InDirectoriesThatRefuseAreReadAtMost) {
     fs::permissions(parent.file(name), allowed);
     return table;
   };
-  const perms readable = perms::owner_read | perms::owner_exec | perms::others_read |
-                         perms::others_exec;
+  const perms readable =
+      perms::owner_read | perms::owner_exec | perms::others_read | perms::others_exec;
   fs::create_directory(tables.file("own"));
   fs::permissions(tables.file("own"), perms::all);
   std::map<std::string, std::string> refusing = {{"readonly", make("readonly", readable)}};
