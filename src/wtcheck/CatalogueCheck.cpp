@@ -11,6 +11,7 @@
 #include "wtcheck/ElementCheck.h"
 #include "wtelem/CatalogueLimits.h"
 #include "wtelem/FileFields.h"
+#include "wtelem/FileNames.h"
 #include "wtelem/messages.h"
 
 namespace {
@@ -20,27 +21,10 @@ constexpr int ownVersion = 100;  // in hundredths
 constexpr int highestMajorVersion = 1;
 constexpr int fixedPartSize = 32;  // bytes
 constexpr int recordHeadSize = 16;
-constexpr const char* dataPrefix = "zvwte_";
-constexpr const char* indexPrefix = "zvwtei_";
-constexpr int randomCharacters = SeenNames::nameSize;
-
-/// Bytes of an element file's name, terminator included.
-constexpr int nameSize(const char* prefix) noexcept {
-  return static_cast<int>(std::string_view(prefix).size()) + randomCharacters + 1;
-}
 
 /// The fewest bytes that an element's record and a column's take.
-constexpr std::int64_t leastElementSize = recordHeadSize + nameSize(dataPrefix);
+constexpr std::int64_t leastElementSize = recordHeadSize + fileNames::sizeOf(fileNames::dataPrefix);
 constexpr std::int64_t leastColumnSize = recordHeadSize + 1;
-
-bool isFileName(std::string_view name, std::string_view prefix) noexcept {
-  return name.starts_with(prefix) &&
-         std::all_of(name.begin() + static_cast<std::ptrdiff_t>(prefix.size()), name.end(),
-                     [](char character) {
-                       return (character >= 'a' && character <= 'z') ||
-                              (character >= '0' && character <= '9');
-                     });
-}
 
 }  // namespace
 
@@ -268,8 +252,9 @@ bool CatalogueCheck::checkElement(bool isLast) noexcept {
   std::int64_t rows = 0;
   char dataName[nameRoom] = "";
   char indexName[nameRoom] = "";
-  if (!checkElementHead(&hasIndex, &rows) || !checkFileName(dataPrefix, &dataNames_, dataName) ||
-      (hasIndex && !checkFileName(indexPrefix, &indexNames_, indexName))) {
+  if (!checkElementHead(&hasIndex, &rows) ||
+      !checkFileName(fileNames::dataPrefix, &dataNames_, dataName) ||
+      (hasIndex && !checkFileName(fileNames::indexPrefix, &indexNames_, indexName))) {
     return false;
   }
   if (isLast && !isWrittenAtOnce(file_.size()) && rowCount_ >= rowsFound_) {
@@ -302,15 +287,15 @@ bool CatalogueCheck::checkElementHead(bool* hasIndex, std::int64_t* rows) noexce
   const int indexNameLength = field<std::uint16_t>(bytes + 6);
   *hasIndex = indexNameLength != 0;
   *rows = field<std::int64_t>(bytes + 8);
-  if (dataNameLength != nameSize(dataPrefix)) {
+  if (dataNameLength != fileNames::sizeOf(fileNames::dataPrefix)) {
     report_.add(file_.path(), begin + 4,
                 "the name of a data file has the length %d: %d is expected", dataNameLength,
-                nameSize(dataPrefix));
+                fileNames::sizeOf(fileNames::dataPrefix));
   }
-  if (*hasIndex && indexNameLength != nameSize(indexPrefix)) {
+  if (*hasIndex && indexNameLength != fileNames::sizeOf(fileNames::indexPrefix)) {
     report_.add(file_.path(), begin + 6,
                 "the name of an index file has the length %d: %d is expected, or 0 for none",
-                indexNameLength, nameSize(indexPrefix));
+                indexNameLength, fileNames::sizeOf(fileNames::indexPrefix));
   }
   if (columnCount_ == 0 && !*hasIndex && *rows > 0) {
     report_.add(file_.path(), begin + 6, "an element whose rows have no columns needs an index");
@@ -327,7 +312,7 @@ bool CatalogueCheck::checkElementHead(bool* hasIndex, std::int64_t* rows) noexce
 /// before: that element's file is not read again.
 bool CatalogueCheck::checkFileName(const char* prefix, SeenNames* seen,
                                    char (&name)[nameRoom]) noexcept {
-  const int size = nameSize(prefix);
+  const int size = fileNames::sizeOf(prefix);
   const std::int64_t begin = file_.position();
   unsigned char bytes[nameRoom] = {};
   if (!readPart(bytes, size, "the name of an element's file")) {
@@ -335,11 +320,11 @@ bool CatalogueCheck::checkFileName(const char* prefix, SeenNames* seen,
   }
   const std::string_view text(reinterpret_cast<const char*>(bytes),
                               static_cast<std::size_t>(size) - 1);
-  if (bytes[size - 1] != 0 || !isFileName(text, prefix)) {
+  if (bytes[size - 1] != 0 || !fileNames::isOf(prefix, text)) {
     report_.add(file_.path(), begin,
                 "the name of an element's file must be \"%s\", %d lower-case letters and digits "
                 "and a zero byte",
-                prefix, randomCharacters);
+                prefix, fileNames::randomCharacters);
     return true;
   }
   if (isNewFile(text, begin, seen)) {

@@ -15,6 +15,7 @@
 #include "base/ZvbDatavar.h"
 #include "base/ZvbString.h"
 #include "fio/np_fio.h"
+#include "wtelem/FileNames.h"
 #include "wtelem/TableState.h"
 #include "wtelem/ValueCodec.h"
 
@@ -126,12 +127,12 @@ class DataElement {
 
   TableState& table_;
   ZvbString errorMessage_;
-  File index_{.prefix = "zvwtei_",
+  File index_{.prefix = fileNames::indexPrefix,
               .creatingName = "data element index",
               .findingName = "element index",
               .name = {},
               .path = {}};
-  File data_{.prefix = "zvwte_",
+  File data_{.prefix = fileNames::dataPrefix,
              .creatingName = "data element",
              .findingName = "element data",
              .name = {},

@@ -4,13 +4,8 @@
 #include <utility>
 
 #include "wtelem/DirectorySearch.h"
+#include "wtelem/FileNames.h"
 #include "wtelem/messages.h"
-
-namespace {
-
-constexpr const char* tablePrefix = "zvwt_";
-
-}  // namespace
 
 ZVWTFileImpl::ZVWTFileImpl(const TempDirectories& directories, SorterSource* sorterSource) noexcept
     : sorterSource_(sorterSource),
@@ -47,7 +42,8 @@ bool ZVWTFileImpl::create(int columnCount, int sortColumnCount,
   if (!allocateColumns(columnCount)) {
     return false;
   }
-  const NewFileKind kind{.prefix = tablePrefix, .name = "header", .order = SearchOrder::toTheEnd};
+  const NewFileKind kind{
+      .prefix = fileNames::tablePrefix, .name = "header", .order = SearchOrder::toTheEnd};
   NewFile made;
   made.directory = directory_;
   if (!makeFile(state_.directories, kind, &made, &errorMessage_)) {
