@@ -6,13 +6,17 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <chrono>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <memory>
 #include <random>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "support/EnvironmentVariable.h"
 #include "support/SizeLimit.h"
@@ -474,6 +478,47 @@ TEST(TemporaryFile, IsNeverTakenForOneThatNobodyHas) {
     ASSERT_EQ(np_fio_unlink(path.data()), npFioSuccess) << i;
     np_fio_close(file);
   }
+}
+
+TEST(Directory, IsListedWithWhatTheSystemKnowsOfItsFiles) {
+  const TemporaryDirectory directory;
+  std::vector<std::string> names;
+  const auto list = [&names](const std::string& path, std::size_t most) {
+    struct Context {
+      std::vector<std::string>* names;
+      std::size_t most;
+    } context{&names, most};
+    names.clear();
+    const auto take = [](const char* name, void* to) {
+      auto* const found = static_cast<Context*>(to);
+      found->names->emplace_back(name);
+      return found->names->size() < found->most;
+    };
+    return np_fio_list(path.c_str(), take, &context);
+  };
+  const std::string first = directory.write("a", "1");
+  ASSERT_EQ(symlink("nowhere", directory.file("b").c_str()), 0);
+  EXPECT_EQ(list(directory.path(), 100), npFioSuccess);
+  std::sort(names.begin(), names.end());
+  EXPECT_EQ(names, (std::vector<std::string>{".", "..", "a", "b"}));
+  EXPECT_EQ(list(directory.path(), 2), npFioSuccess);
+  EXPECT_EQ(names.size(), 2U);
+  EXPECT_EQ(list("", 100), npFioSuccess);
+  EXPECT_EQ(list(directory.file("none"), 100), npFioNotFound);
+  EXPECT_EQ(list(first, 100), npFioNotFound);
+
+  np_fio_stat before;
+  std::int64_t made = 0;
+  ASSERT_EQ(np_fio_stat64(first.c_str(), &before), npFioSuccess);
+  EXPECT_EQ(before.owner, geteuid());
+  ASSERT_EQ(np_fio_madeTime(first.c_str(), &made), npFioSuccess);
+  EXPECT_LE(made, before.modifiedTime);
+  std::filesystem::last_write_time(
+      first, std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+  std::int64_t madeStill = 0;
+  EXPECT_EQ(np_fio_madeTime(first.c_str(), &madeStill), npFioSuccess);
+  EXPECT_EQ(made, madeStill);
+  EXPECT_EQ(np_fio_madeTime(directory.file("none").c_str(), &made), npFioNotFound);
 }
 
 TEST(Paths, SplitAndJoin) {

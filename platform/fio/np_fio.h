@@ -71,6 +71,7 @@ using np_fio_handle = np_fio_file*;
 struct np_fio_stat {
   std::int64_t size;          // bytes
   std::int64_t modifiedTime;  // nanoseconds since 1970-01-01 UTC
+  std::uint32_t owner;        // the number of the user
   bool isRegular;
 };
 
@@ -123,7 +124,18 @@ void np_fio_writeAlone(np_fio_handle file) noexcept;
 
 /// Describes a file by its path, and a link itself rather than what it leads to.
 [[nodiscard]] int np_fio_stat64(const char* path, np_fio_stat* info) noexcept;
+/// When the file was made, in nanoseconds since 1970-01-01 UTC, which nobody can set. The lowest
+/// number stands for a time that the system does not tell. No link is followed.
+[[nodiscard]] int np_fio_madeTime(const char* path, std::int64_t* time) noexcept;
 [[nodiscard]] int np_fio_unlink(const char* path) noexcept;
+
+/// Is given the name of one thing in a directory, valid until it returns, and the caller's context.
+/// False ends the listing.
+using np_fio_nameTaker = bool (*)(const char* name, void* context);
+/// Hands over the names of all that is in a directory (an empty text is the current one), in no
+/// order. What is made or removed meanwhile may be among them or not.
+[[nodiscard]] int np_fio_list(const char* directory, np_fio_nameTaker taker,
+                              void* context) noexcept;
 
 /// The description of a status, or null when it has none. The text is static.
 [[nodiscard]] const char* np_fio_errdesc(int status) noexcept;

@@ -504,6 +504,15 @@ int np_fio_stat64(const char* path, np_fio_stat* info) noexcept {
   return path != nullptr && info != nullptr ? fioSystem::stat(path, info) : npFioBadArgument;
 }
 
+int np_fio_madeTime(const char* path, std::int64_t* time) noexcept {
+  return path != nullptr && time != nullptr ? fioSystem::madeTime(path, time) : npFioBadArgument;
+}
+
+int np_fio_list(const char* directory, np_fio_nameTaker taker, void* context) noexcept {
+  return directory != nullptr && taker != nullptr ? fioSystem::list(directory, taker, context)
+                                                  : npFioBadArgument;
+}
+
 int np_fio_unlink(const char* path) noexcept {
   return path != nullptr ? fioSystem::remove(path) : npFioBadArgument;
 }

@@ -1,4 +1,5 @@
 /// The POSIX half of the file layer; np_fio_windows.cpp is its twin, function by function.
+#include <dirent.h>
 #include <fcntl.h>
 #include <linux/magic.h>
 #include <sys/file.h>
@@ -14,6 +15,7 @@
 #include <limits>
 
 #include "fio/np_fio_system.h"
+#include "fio/np_fio_work.h"
 
 const char np_dir_listsep = ':';
 
@@ -22,8 +24,6 @@ namespace fioSystem {
 const char* const separators = "/";
 
 namespace {
-
-constexpr const char* workPrefix = "zvwork_";
 
 static_assert(sizeof(off_t) == sizeof(std::int64_t), "file offsets need 64 bits");
 
@@ -131,7 +131,8 @@ std::uint64_t fileSizeLimit() noexcept {
 }
 
 /// Times that do not fit become the nearest that does.
-std::int64_t nanoseconds(const timespec& time) noexcept {
+template <typename Time>
+std::int64_t nanoseconds(const Time& time) noexcept {
   constexpr std::int64_t perSecond = 1'000'000'000;
   constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max() / perSecond - 1;
   return std::clamp(std::int64_t{time.tv_sec}, -most, most) * perSecond + time.tv_nsec;
@@ -180,7 +181,7 @@ int createUnseen(const char* directory, File* file) noexcept {
   // Not every file system can do that. In between, the file has a name for a moment.
   char name[npFioPathSize];
   File made = 0;
-  const int status = createUnderRandomName(directory, workPrefix, name, sizeof name, &made);
+  const int status = createUnderRandomName(directory, npFioWorkPrefix, name, sizeof name, &made);
   if (status != npFioSuccess) {
     return status;
   }
@@ -274,8 +275,33 @@ int stat(const char* path, np_fio_stat* info) noexcept {
   if (lstat(path, &found) != 0) {
     return statusOf(errno);
   }
-  *info = {found.st_size, nanoseconds(found.st_mtim), S_ISREG(found.st_mode)};
+  *info = {found.st_size, nanoseconds(found.st_mtim), found.st_uid, S_ISREG(found.st_mode)};
   return npFioSuccess;
+}
+
+int madeTime(const char* path, std::int64_t* time) noexcept {
+  struct statx found;
+  if (statx(AT_FDCWD, path, AT_SYMLINK_NOFOLLOW, STATX_BTIME, &found) != 0) {
+    return statusOf(errno);
+  }
+  *time = (found.stx_mask & STATX_BTIME) != 0 ? nanoseconds(found.stx_btime)
+                                              : std::numeric_limits<std::int64_t>::min();
+  return npFioSuccess;
+}
+
+int list(const char* directory, np_fio_nameTaker taker, void* context) noexcept {
+  DIR* const opened = opendir(directory[0] == '\0' ? "." : directory);
+  if (opened == nullptr) {
+    return statusOf(errno);
+  }
+  const dirent* entry = nullptr;
+  do {
+    errno = 0;
+    entry = readdir(opened);  // NOLINT(concurrency-mt-unsafe): nobody else reads this stream
+  } while (entry != nullptr && taker(entry->d_name, context));
+  const int status = entry == nullptr && errno != 0 ? statusOf(errno) : npFioSuccess;
+  closedir(opened);
+  return status;
 }
 
 int remove(const char* path) noexcept { return statusOfCall(::unlink(path)); }

@@ -57,6 +57,10 @@ void willRead(File file, std::int64_t offset, std::int64_t bytes) noexcept;
 
 /// Describes a link itself, not what it leads to.
 [[nodiscard]] int stat(const char* path, np_fio_stat* info) noexcept;
+/// See np_fio_madeTime.
+[[nodiscard]] int madeTime(const char* path, std::int64_t* time) noexcept;
+/// See np_fio_list.
+[[nodiscard]] int list(const char* directory, np_fio_nameTaker taker, void* context) noexcept;
 [[nodiscard]] int remove(const char* path) noexcept;
 
 /// The characters that part the directories of a path; the first is the one to write.

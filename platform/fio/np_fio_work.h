@@ -10,6 +10,10 @@
 #include <cstddef>
 #include <cstdint>
 
+/// Where the system can make no file without a name, a work file has one for a moment: this prefix
+/// and what np_fio_tmpfile puts behind one.
+inline constexpr const char* npFioWorkPrefix = "zvwork_";
+
 /// An open work file; the caller closes it.
 using np_fio_work = std::intptr_t;
 constexpr np_fio_work npFioNoWork = -1;
