@@ -84,6 +84,44 @@ extern "C" ZVB_API bool zvwtCheckTable(ZvWorkTableManager* manager, const ZvbStr
                                        ZvwtFindingTaker taker, void* context,
                                        std::int64_t* findings, ZvbString* error);
 
+/// A file that a killed process has left behind, or one because of which others are kept.
+struct ZvwtOrphan {
+  const char* path;
+  std::int64_t size;          ///< in bytes
+  std::int64_t modifiedTime;  ///< nanoseconds since 1970-01-01 UTC
+  std::uint32_t owner;        ///< the number of the user
+  const char* problem;        ///< null, or a sentence for people: why it was not removed
+};
+
+/// Is given one file at a time and the caller's context. The file and its texts are valid until it
+/// returns; false ends the cleaning. Must not throw.
+using ZvwtOrphanTaker = bool (*)(const ZvwtOrphan* orphan, void* context);
+
+/// Removes the files that killed processes have left in the manager's directories; those of living
+/// processes, in this program and others, and all other files are never touched.
+///
+/// A file is one of them when it has a name that this library gives, is a regular file, is not
+/// locked by a process and has not been changed for `leastAge` seconds, 0 to 2^31 - 1, and when
+/// - an element's file is named by no catalogue in these directories, and was made `leastAge`
+///   seconds before the oldest table that is being written there meanwhile. Where the system does
+///   not tell when files were made, a table that is being written keeps all element files;
+/// - a catalogue was never written by a close;
+/// - a work file of a sort has kept its name.
+/// A damaged catalogue keeps all element files; `taker` is told. Files that this user may not write
+/// are left.
+///
+/// **The manager's directories must be all those that the tables named there have elements in**: a
+/// catalogue elsewhere would not be seen, and its elements taken for orphans. An append that begins
+/// at the moment in which its table is looked at may be told that the table is in use.
+///
+/// With `remove` false the files are found only. `taker`, which may be null, is called with
+/// `context` on the calling thread. False with the reason in *error when it cannot be told what is
+/// to be removed: 1352 or 1353 a directory or a catalogue cannot be opened, 29 memory is short; no
+/// element file has then been removed. May be called from any thread.
+extern "C" ZVB_API bool zvwtCleanDirectories(ZvWorkTableManager* manager, std::int64_t leastAge,
+                                             bool remove, ZvwtOrphanTaker taker, void* context,
+                                             ZvbString* error);
+
 /// Has the sorts of a manager's tables report to `callback`, with `context` handed through; null:
 /// to nobody. Counts for tables whose first row is written after it. The callback runs on the
 /// thread that writes or closes the table; when it returns false the sort is cancelled: writeRow or

@@ -9,6 +9,7 @@
 #include "base/zvb_uuid.h"
 #include "fio/np_fio.h"
 #include "wtcheck/TableCheck.h"
+#include "wtclean/DirectoryCleaning.h"
 #include "wtelem/messages.h"
 #include "wtmgr/Partition.h"
 
@@ -203,6 +204,16 @@ bool ZVWTManagerImpl::checkTable(const ZvbString& name, ZvwtFindingTaker taker, 
     *error = report.error();
   }
   return !report.failed();
+}
+
+bool ZVWTManagerImpl::cleanDirectories(std::int64_t leastAge, bool remove, ZvwtOrphanTaker taker,
+                                       void* context, ZvbString* error) const noexcept {
+  DirectoryCleaning cleaning(directories_, leastAge, remove, taker, context);
+  if (!cleaning.run()) {
+    *error = cleaning.error();
+    return false;
+  }
+  return true;
 }
 
 // ---- Keys

@@ -70,6 +70,8 @@ class ZVWTManagerImpl final : public ZvWorkTableManager, private SorterSource {
                                    ZvbString* error) noexcept;
   [[nodiscard]] bool checkTable(const ZvbString& name, ZvwtFindingTaker taker, void* context,
                                 std::int64_t* findings, ZvbString* error) const noexcept;
+  [[nodiscard]] bool cleanDirectories(std::int64_t leastAge, bool remove, ZvwtOrphanTaker taker,
+                                      void* context, ZvbString* error) const noexcept;
 
   /// Entry `index` of the directories; an empty text when there is none.
   [[nodiscard]] ZvbString getDirectory(int index) const noexcept;

@@ -25,6 +25,12 @@ bool zvwtCheckTable(ZvWorkTableManager* manager, const ZvbString& tableName, Zvw
                                                             error);
 }
 
+bool zvwtCleanDirectories(ZvWorkTableManager* manager, std::int64_t leastAge, bool remove,
+                          ZvwtOrphanTaker taker, void* context, ZvbString* error) {
+  return static_cast<ZVWTManagerImpl*>(manager)->cleanDirectories(leastAge, remove, taker, context,
+                                                                  error);
+}
+
 bool zvwtSetSortProgress(ZvWorkTableManager* manager, ZvDatafileSortCallback callback,
                          void* context, ZvbString* error) {
   return static_cast<ZVWTManagerImpl*>(manager)->setSortProgress(callback, context, error);

@@ -1,0 +1,116 @@
+#include "wtclean/ElementNames.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "wtelem/FileFields.h"
+#include "wtelem/FileNames.h"
+
+namespace {
+
+constexpr std::uint16_t byteOrderMark = 1;
+constexpr int highestMajorVersion = 1;
+constexpr int fixedPartSize = 32;  // bytes
+constexpr int recordHeadSize = 16;
+constexpr int longestName = fileNames::sizeOf(fileNames::indexPrefix);
+
+class Reader {
+ public:
+  Reader(np_fio_handle file, std::int64_t size, ElementNameTaker taker, void* context) noexcept
+      : file_(file), size_(size), taker_(taker), context_(context) {}
+
+  [[nodiscard]] CatalogueKind read() noexcept {
+    unsigned char bytes[fixedPartSize];
+    if (size_ == 0) {
+      return CatalogueKind::unfinished;
+    }
+    if (!get(bytes, fixedPartSize)) {
+      return CatalogueKind::damaged;
+    }
+    const bool isZero =
+        std::all_of(std::begin(bytes), std::end(bytes), [](auto byte) { return byte == 0; });
+    if (isZero) {
+      return CatalogueKind::unfinished;
+    }
+    return readRecords(bytes) ? CatalogueKind::whole : CatalogueKind::damaged;
+  }
+
+ private:
+  bool readRecords(const unsigned char* header) noexcept {
+    swap_ = loadField<std::uint16_t>(header, false) != byteOrderMark;
+    const auto version = loadField<std::int16_t>(header + 2, swap_);
+    const std::int64_t surplus =
+        std::int64_t{loadField<std::uint16_t>(header + 4, swap_)} - fixedPartSize;
+    const std::int64_t keyLength = loadField<std::uint16_t>(header + 6, swap_);
+    if (version / 100 > highestMajorVersion || !pass(surplus) || !pass(keyLength)) {
+      return false;
+    }
+    auto columns = loadField<std::uint32_t>(header + 8, swap_);
+    auto elements = loadField<std::uint32_t>(header + 12, swap_);
+    while (columns > 0 && readColumn()) {
+      --columns;
+    }
+    while (columns == 0 && elements > 0 && readElement()) {
+      --elements;
+    }
+    return columns == 0 && elements == 0;
+  }
+
+  bool readColumn() noexcept {
+    unsigned char head[recordHeadSize];
+    return get(head, recordHeadSize) &&
+           pass(std::int64_t{loadField<std::uint16_t>(head, swap_)} - recordHeadSize) &&
+           pass(loadField<std::uint32_t>(head + 4, swap_));
+  }
+
+  bool readElement() noexcept {
+    unsigned char head[recordHeadSize];
+    return get(head, recordHeadSize) &&
+           pass(std::int64_t{loadField<std::uint32_t>(head, swap_)} - recordHeadSize) &&
+           readName(loadField<std::uint16_t>(head + 4, swap_)) &&
+           readName(loadField<std::uint16_t>(head + 6, swap_));
+  }
+
+  /// A name that is longer than any that this library gives is none of its files'.
+  bool readName(int length) noexcept {
+    if (length > longestName) {
+      return pass(length);
+    }
+    char name[longestName + 1] = "";
+    if (!get(name, length)) {
+      return false;
+    }
+    if (taker_ != nullptr && name[0] != '\0') {
+      taker_(name, context_);
+    }
+    return true;
+  }
+
+  bool get(void* bytes, int count) noexcept {
+    return count == 0 || np_fio_getb(file_, bytes, count) == count;
+  }
+
+  /// Goes on by a number of bytes, which the file must have.
+  bool pass(std::int64_t count) noexcept {
+    const std::int64_t position = np_fio_seek64(file_, 0, npFioFromHere);
+    return position >= 0 && count >= 0 && count <= size_ - position &&
+           (count == 0 || np_fio_seek64(file_, count, npFioFromHere) == position + count);
+  }
+
+  np_fio_handle file_;
+  std::int64_t size_;
+  ElementNameTaker taker_;
+  void* context_;
+  bool swap_ = false;  // the table is of the other byte order
+};
+
+}  // namespace
+
+CatalogueKind readElementNames(np_fio_handle catalogue, ElementNameTaker taker,
+                               void* context) noexcept {
+  const std::int64_t size = np_fio_seek64(catalogue, 0, npFioFromEnd);
+  if (size < 0 || np_fio_seek64(catalogue, 0, npFioFromStart) != 0) {
+    return CatalogueKind::damaged;
+  }
+  return Reader(catalogue, size, taker, context).read();
+}
