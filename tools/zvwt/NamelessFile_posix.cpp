@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -8,19 +9,32 @@
 namespace zvwttool {
 namespace {
 
-std::FILE* openIn(const std::string& directory) {
-  std::string path = directory + "/zvwti_XXXXXX";
-  const int descriptor = mkstemp(path.data());
-  if (descriptor < 0) {
-    return nullptr;
-  }
-  std::FILE* file = unlink(path.c_str()) == 0 ? fdopen(descriptor, "w+b") : nullptr;
+/// Closes the descriptor when that fails.
+std::FILE* openStream(int descriptor) {
+  std::FILE* file = fdopen(descriptor, "w+b");
   if (file == nullptr) {
     const int reason = errno;
     close(descriptor);
     errno = reason;
   }
   return file;
+}
+
+std::FILE* openIn(const std::string& directory) {
+#ifdef O_TMPFILE
+  const int unseen = open(directory.c_str(), O_RDWR | O_TMPFILE | O_EXCL | O_CLOEXEC, 0600);
+  if (unseen >= 0) {
+    return openStream(unseen);
+  }
+#endif
+  // Not every file system can do that. In between, the file has a name for a moment.
+  std::string path = directory + "/zvwti_XXXXXX";
+  const int descriptor = mkstemp(path.data());
+  if (descriptor < 0) {
+    return nullptr;
+  }
+  (void)unlink(path.c_str());
+  return openStream(descriptor);
 }
 
 }  // namespace
