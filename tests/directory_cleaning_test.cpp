@@ -67,9 +67,9 @@ TEST_F(DirectoryCleaningTest, RemovesWhatNobodyHasAndNothingElse) {
   const Names kept = directory.names();
   const Names left = {leave("zvwork_"), leave("zvwt_", ""), leave("zvwte_"), leave("zvwtei_")};
   (void)directory.write("precious.txt", "mine");
-  for (const char* foreign : {"zvwt_", "zvwte_0123456789abcde", "zvwte_0123456789abcdefg",
-                              "zvwte_0123456789ABCDEF", "xzvwte_0123456789abcdef",
-                              "zvwti_0123456789abcdef"}) {
+  for (const char* foreign :
+       {"zvwt_", "zvwte_0123456789abcde", "zvwte_0123456789abcdefg", "zvwte_0123456789ABCDEF",
+        "xzvwte_0123456789abcdef", "zvwti_0123456789abcdef"}) {
     (void)directory.write(foreign, "foreign");
   }
   ASSERT_EQ(symlink("precious.txt", directory.file("zvwte_aaaaaaaaaaaaaaaa").c_str()), 0);
@@ -199,7 +199,9 @@ TEST_F(DirectoryCleaningTest, RemovesNoElementsWithoutMemoryAndEndsWhenToldTo) {
     EXPECT_EQ(cleaned && problems == 0, !met) << allocation;
   }
   EXPECT_GT(allocation, 4);
-  const auto refuse = [](const ZvwtOrphan*, void* count) { return ++*static_cast<int*>(count) < 0; };
+  const auto refuse = [](const ZvwtOrphan*, void* count) {
+    return ++*static_cast<int*>(count) < 0;
+  };
   int count = 0;
   EXPECT_TRUE(zvwtCleanDirectories(manager.get(), 0, true, refuse, &count, &error));
   EXPECT_EQ(count, 1);

@@ -117,8 +117,8 @@ bool DirectoryCleaning::list(bool catalogues, Files* files) noexcept {
   }
   const auto nameOf = [](const File& file) { return std::string_view(file.name); };
   std::ranges::sort(*files, {}, nameOf);
-  files->truncate(static_cast<std::size_t>(
-      std::ranges::unique(*files, {}, nameOf).begin() - files->begin()));
+  files->truncate(
+      static_cast<std::size_t>(std::ranges::unique(*files, {}, nameOf).begin() - files->begin()));
   return true;
 }
 

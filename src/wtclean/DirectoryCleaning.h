@@ -11,8 +11,8 @@
 /// To lock a catalogue keeps its appenders away for a moment. So all catalogues are read without a
 /// lock first, and only when files remain that none of them names are they locked.
 ///
-/// A new file is locked as soon as it is made, and its name is given up when it was not the first to
-/// lock it (np_fio_tmpfile); an element file that is being written is locked, too.
+/// A new file is locked as soon as it is made, and its name is given up when it was not the first
+/// to lock it (np_fio_tmpfile); an element file that is being written is locked, too.
 ///
 /// Thread rule: used by the thread that makes the cleaning.
 #pragma once

@@ -97,6 +97,11 @@ struct CheckOptions {
   bool asJson = false;
 };
 
+struct CleanOptions {
+  std::int64_t leastAge = 86400;  ///< seconds
+  bool isDryRun = false;
+};
+
 struct DeleteOptions {
   std::vector<std::string> tables;
 };
@@ -123,6 +128,8 @@ struct DeleteOptions {
 [[nodiscard]] ExitCode runPrintUri(ZvWorkTableManager& manager, const SourceOptions& options);
 /// Prints what is wrong in the files of tables; a failure is one of any of them.
 [[nodiscard]] ExitCode runCheck(ZvWorkTableManager& manager, const CheckOptions& options);
+/// Removes what killed processes have left in the manager's directories and prints what it was.
+[[nodiscard]] ExitCode runClean(ZvWorkTableManager& manager, const CleanOptions& options);
 /// Deletes every table that can be deleted; a failure is one of any of them.
 [[nodiscard]] ExitCode runDelete(ZvWorkTableManager& manager, const DeleteOptions& options);
 

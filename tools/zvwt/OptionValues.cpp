@@ -81,6 +81,22 @@ SortKey readSortKey(std::string_view text) {
   return key;
 }
 
+/// How many seconds the unit at the end of an age has; 0 for no unit.
+std::int64_t secondsOfUnit(char letter) {
+  switch (letter) {
+    case 's':
+      return 1;
+    case 'm':
+      return 60;
+    case 'h':
+      return 3600;
+    case 'd':
+      return 86400;
+    default:
+      return 0;
+  }
+}
+
 /// 10 for the K at the end of a size, and so on; 0 for no letter.
 int sizeShift(char letter) {
   switch (letter) {
@@ -166,6 +182,19 @@ std::int64_t readSize(const std::string& option, const std::string& text, std::i
                                            " on, as it is or in K, M or G of 1024");
   }
   return number << shift;
+}
+
+std::int64_t readAge(const std::string& option, const std::string& text) {
+  const std::int64_t unit = text.empty() ? 0 : secondsOfUnit(text.back());
+  const std::string_view digits =
+      std::string_view(text).substr(0, text.size() - (unit > 0 ? 1 : 0));
+  const std::int64_t seconds = unit > 0 ? unit : 1;
+  const std::int64_t number = readNumber<std::int64_t>(digits).value_or(-1);
+  if (number < 0 || number > std::numeric_limits<std::int32_t>::max() / seconds) {
+    throw CLI::ValidationError(option,
+                               "\"" + text + "\" is no age from 0 on, such as 30s, 15m, 2h or 1d");
+  }
+  return number * seconds;
 }
 
 CLI::Validator countFrom(std::int64_t least) {

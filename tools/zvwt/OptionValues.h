@@ -27,6 +27,10 @@ namespace zvwttool {
 [[nodiscard]] std::int64_t readSize(const std::string& option, const std::string& text,
                                     std::int64_t least);
 
+/// A number of seconds, or a number and s, m, h or d for seconds, minutes, hours or days; at most
+/// 68 years.
+[[nodiscard]] std::int64_t readAge(const std::string& option, const std::string& text);
+
 /// Accepts a decimal number that is `least` or more.
 [[nodiscard]] CLI::Validator countFrom(std::int64_t least);
 

@@ -33,6 +33,7 @@ struct Options {
   PartitionOptions partition;
   InfoOptions info;
   CheckOptions check;
+  CleanOptions clean;
   DeleteOptions remove;
   const SourceOptions* uriWanted = nullptr;  ///< print this one's URI in place of running the verb
   /// Runs the verb that was given.
@@ -258,6 +259,27 @@ void addCheck(CLI::App* app, Options* options) {
                  "an array with an object for each finding: table, file, offset and rule");
 }
 
+void addClean(CLI::App* app, Options* options) {
+  CLI::App* verb = addVerb(
+      app, "clean",
+      "Removes the files that killed processes have left, and prints which; files of living "
+      "processes and all other files are never touched",
+      runClean, &options->clean, options);
+  // A catalogue that is not looked at cannot keep its elements: nothing is taken for granted.
+  verb->get_option("--dir")->required()->description(
+      "all directories that the tables there have files in; may be given again to add more");
+  verb->add_option_function<std::string>(
+          "--older-than",
+          [options](const std::string& age) {
+            options->clean.leastAge = readAge("--older-than", age);
+          },
+          "only files that are that old, and were that old when the oldest table that is being "
+          "written was made; 0 for all, 1d if it is not given")
+      ->take_last()
+      ->type_name("AGE[s|m|h|d]");
+  verb->add_flag("--dry-run", options->clean.isDryRun, "remove nothing");
+}
+
 void addDelete(CLI::App* app, Options* options) {
   CLI::App* verb = addVerb(app, "delete", "Deletes tables", runDelete, &options->remove, options);
   verb->add_option("TABLE", options->remove.tables, "the tables' names")->required();
@@ -277,6 +299,7 @@ ExitCode run(int argumentCount, char** arguments) {
   addPartition(&app, &options);
   addInfo(&app, &options);
   addCheck(&app, &options);
+  addClean(&app, &options);
   addDelete(&app, &options);
   try {
     app.parse(argumentCount, arguments);
