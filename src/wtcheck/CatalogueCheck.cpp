@@ -247,7 +247,6 @@ bool CatalogueCheck::checkElements() noexcept {
 }
 
 bool CatalogueCheck::checkElement(bool isLast) noexcept {
-  const std::int64_t begin = file_.position();
   bool hasIndex = false;
   std::int64_t rows = 0;
   char dataName[nameRoom] = "";
