@@ -249,7 +249,7 @@ TEST_F(TableCheck, FindsOneFileAmongManyElements) {
   const std::string name = makeCountingTable(elements, 1);
   expectSound(name);
   const std::size_t first = Bytes(directory.file(name)).size() - elements * elementSize;
-  for (const std::size_t element : {0, 1, 511, 512, 767, 998}) {
+  for (const std::size_t element : {0U, 1U, 511U, 512U, 767U, 998U}) {
     Bytes whole(directory.file(name));
     Bytes(directory.file(name))
         .repeat(first + element * elementSize + 16, 23, first + 999 * elementSize + 16)

@@ -283,6 +283,29 @@ TEST_F(Tool, DeletesWhatItCan) {
   EXPECT_EQ(tables_.names(), std::vector<std::string>());
 }
 
+TEST_F(Tool, TakesNamesForFilesInItsDirectoriesAndNothingElse) {
+  const std::string table = import("a\n1\n");
+  const std::string folder = std::filesystem::path(tables_.path()).filename().string();
+  for (const std::string& name :
+       {"../" + folder + '/' + table, tables_.file(table), "./" + table, std::string("..")}) {
+    for (const char* verb : {"show", "export", "copy", "info", "check", "delete"}) {
+      const Outcome outcome = run(verb, {name});
+      EXPECT_EQ(outcome.exitCode, 1) << verb << ' ' << name;
+      EXPECT_NE(outcome.errors.find("not a plain file name"), std::string::npos) << outcome.errors;
+    }
+    EXPECT_EQ(run("append", {table, name}).exitCode, 1);
+    EXPECT_EQ(run("append", {name, table}).exitCode, 1);
+  }
+  EXPECT_EQ(exported(table), "a\n1\n");
+}
+
+TEST_F(Tool, SendsNoCommandsOfNamesToATerminal) {
+  const Outcome outcome = run("append", {import("a\n1\n"), import("\x1B[2J\n1\n")});
+  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_NE(outcome.errors.find("\\x1b[2J"), std::string::npos) << outcome.errors;
+  EXPECT_EQ(outcome.errors.find('\x1B'), std::string::npos) << outcome.errors;
+}
+
 TEST_F(Tool, FailsWhenNotEverythingWasRead) {
   std::string text = "t\n";
   for (int row = 0; row < 1000; ++row) {

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <limits>
 #include <system_error>
 
+#include "DisplayText.h"
 #include "Terminal.h"
 
 namespace zvwttool {
@@ -16,7 +18,8 @@ std::size_t widthOfStatus = 0;  // columns of the terminal's last line that it t
 void say(std::string_view text) {
   removeStatus();
   std::string line = "zvwt: ";
-  line += text;
+  // Names in it may come from a stranger's file and hold what commands a terminal.
+  line += displayText(text, std::numeric_limits<std::size_t>::max());
   line += '\n';
   // Nobody is left to hear that standard error itself fails.
   (void)std::fwrite(line.data(), 1, line.size(), stderr);
