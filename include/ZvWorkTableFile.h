@@ -36,8 +36,10 @@ class ZVB_API ZvWorkTableFile : public ZvDatafileSort {
   /// Ends writing or reading. For a table being written this flushes the rows and writes the
   /// catalogue: only then can the table be opened.
   /// A failed close of a table being written removes the table's files, and a sort that fails or is
-  /// cancelled fails the close. A table that is closed can still be asked for its name, columns and
-  /// row count.
+  /// cancelled fails the close. After a refused row it succeeds with the whole rows that the disk
+  /// has. Rows that were accepted have their space, as far as the system tells: a full disk is met
+  /// by writeRow, and a close fails where the disk itself fails or a quota ends. A table that is
+  /// closed can still be asked for its name, columns and row count.
   [[nodiscard]] virtual bool close() = 0;
 
   /// Names and types column `index` (from 0) of a table being written, before its first row.
@@ -108,9 +110,10 @@ class ZVB_API ZvWorkTableFile : public ZvDatafileSort {
   /// converted to its column's type; one that cannot be converted is stored as a null. After a
   /// failure the row is not in the table, and further rows may be written. Fails: 1768 the table is
   /// not open for writing; 1044 the disk refused the bytes; 29 memory is short; 1417 no directory
-  /// takes a new element. Of a table with sort keys also, at its first row, 1801 to 1805 a key or
-  /// an option is wrong; and 1808 to 1812 a work file cannot be made, written or read, 1813 the
-  /// sort was cancelled: then no further rows are taken.
+  /// takes a new element, or 1045 there is no space to list it in the catalogue. Of a table with
+  /// sort keys also, at its first row, 1801 to 1805 a key or an option is wrong; and 1808 to 1812 a
+  /// work file cannot be made, written or read, 1813 the sort was cancelled: then no further rows
+  /// are taken.
   [[nodiscard]] virtual bool writeRow(const ZvbDatavar* const* values) = 0;
   /// The same with the variants one after another.
   [[nodiscard]] virtual bool writeRow(const ZvbDatavar* values) = 0;

@@ -392,7 +392,7 @@ void Threads::useCursors(Hand& hand) {
   const zvwt::Cursor twin(zvwtCreateCursor(&hand.manager));
   EXPECT_TRUE(twin->copyFrom(cursor.get())) << twin->errorMessage().asCstr();
   const zvwt::StringCursor texts(zvwtCreateStringCursor(&hand.manager));
-  texts->setWorkTable(hand.open(twin->workTable(false)->getName().asCstr()).release());
+  EXPECT_TRUE(texts->setWorkTable(hand.open(twin->workTable(false)->getName().asCstr()).release()));
   texts->setRemoveOnClose(false);
   std::int64_t read = 0;
   while (twin->next() == zvbCursorRow && texts->next() == zvbCursorRow) {
