@@ -9,8 +9,7 @@
 ///             -1 plus 1 below 0
 ///   date      8 bytes, the double
 ///   real      1 byte: bit 0 the sign, bit 1 set when the exponent takes 4 bytes and not 1, from
-///   bit
-///             3 on the bytes of the coefficient; then the exponent and the coefficient
+///             bit 3 on the bytes of the coefficient; then the exponent and the coefficient
 ///   text      1 byte size below 255, or 255 and 4 bytes size; then the text
 ///   other     1 byte, a zvbType, 0 for a null, or 6 for a real that only a double can hold; then
 ///             the form of that type (of 6 the double): a value that cannot be converted to the

@@ -1,10 +1,12 @@
 /// The bytes of a record's key: those of each of its columns, one after another.
 ///
-///   marker    0 a null that comes first, 1 a value, 2 a null that comes last; nothing follows a
-///   null boolean   1 byte integer   8 bytes, the highest first, the sign bit turned around date 8
-///   bytes, the bits of its double in an order of their own; -0 counts as 0 real      see
-///   ZvbReal::toOrderedBytes text      its bytes, or those of zvbFoldText without case, and a zero
-///   byte
+///   marker    0 a null that comes first, 1 a value, 2 a null that comes last; nothing follows
+///             a null
+///   boolean   1 byte
+///   integer   8 bytes, the highest first, the sign bit turned around
+///   date      8 bytes, the bits of its double in an order of their own; -0 counts as 0
+///   real      see ZvbReal::toOrderedBytes
+///   text      its bytes, or those of zvbFoldText without case, and a zero byte
 ///
 /// What follows the marker has all bits turned around for a descending key.
 /// Thread rule: may be called from any thread.
