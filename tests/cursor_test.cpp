@@ -293,6 +293,11 @@ TEST_F(CursorTest, ReportsATableThatCannotBeDeleted) {
   expectMessage(1353, *cursor);
   cursor.reset();
   EXPECT_EQ(2, reportedFailures);
+
+  zvbSetAssertHandler(nullptr);
+  testing::internal::CaptureStderr();
+  zvbAssertFailure("table lost", "file.cpp", 7);
+  EXPECT_EQ("file.cpp:7: table lost\n", testing::internal::GetCapturedStderr());
 }
 
 TEST_F(CursorTest, DeletesATableThatCannotBeReopened) {
@@ -342,6 +347,20 @@ TEST_F(CursorTest, SurvivesShortMemory) {
 
 // ---- Copying
 
+TEST_F(CursorTest, TellsWhatEndedACopy) {
+  const CursorHandle source = makeCursor();
+  ASSERT_TRUE(source->setWorkTable(open(makeCountingTable(3)).release()));
+  for (const std::string& file : directory.names()) {
+    if (file.starts_with("zvwte_")) {
+      Bytes(directory.file(file)).set<unsigned char>(9, 7).save();
+    }
+  }
+  const CursorHandle target = makeCursor();
+  EXPECT_FALSE(copyCursor(source.get(), target.get(), &error));
+  EXPECT_EQ(1301, messageId(error)) << error.asCstr();
+  EXPECT_FALSE(makeCursor()->copyFrom(source.get()));
+}
+
 TEST_F(CursorTest, CopiesAnyCursor) {
   const CursorHandle source = makeReader(twoRows);
   EXPECT_EQ(zvbCursorRow, source->next());
@@ -359,6 +378,11 @@ TEST_F(CursorTest, CopiesAnyCursor) {
   EXPECT_EQ(twoLines, readAll(*target));
   EXPECT_FALSE(target->copyFrom(makeCursor().get()));
   expectMessage(1797, *target);
+  const CursorHandle bare = makeCursor();
+  ASSERT_TRUE(bare->setWorkTable(open(makeTable({}, {})).release()));
+  EXPECT_FALSE(makeCursor()->copyFrom(bare.get()));
+  EXPECT_FALSE(copyCursor(bare.get(), makeCursor().get(), &error));
+  EXPECT_STREQ("Cannot create zero columns", error.asCstr());
 
   const StringCursorHandle texts = makeStringCursor();
   const TableHandle table = open(makeTable({{"d", zvbTypeDate}, {"n", zvbTypeInteger}},

@@ -163,6 +163,7 @@ TEST_F(TableCheck, FindsEachDamageInItsPlace) {
       {name, put(2, std::int16_t{99}), 2},
       {name, put(2, std::int16_t{200}), 2},
       {name, put(4, std::uint16_t{33}), 4},
+      {name, [](Bytes& bytes) { bytes.set(2, std::int16_t{101}).set(4, std::uint16_t{60000}); }, 4},
       {name, put(6, std::uint16_t{0}), 6},
       {name, put(8, std::uint32_t{0xFFFFFFFF}), 8},
       {name, put(12, std::uint32_t{0xFFFFFFFF}), 12},
@@ -226,9 +227,17 @@ TEST_F(TableCheck, FindsEachDamageInItsPlace) {
   }
   expectSound(name);
 
-  std::filesystem::remove(directory.file(data));
-  ASSERT_EQ(1U, check(name).size());
-  EXPECT_EQ(data, check(name)[0].file);
+  for (const std::string& lost : {index, data}) {
+    const Bytes whole(directory.file(lost));
+    std::filesystem::remove(directory.file(lost));
+    ASSERT_EQ(1U, check(name).size());
+    EXPECT_EQ(lost, check(name)[0].file);
+    std::filesystem::create_directory(directory.file(lost));
+    ASSERT_EQ(1U, check(name).size());
+    EXPECT_EQ(directory.file(lost), check(name)[0].file);
+    std::filesystem::remove(directory.file(lost));
+    whole.save();
+  }
 }
 
 TEST_F(TableCheck, ReadsOnBehindDamagedRows) {

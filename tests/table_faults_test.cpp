@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "support/Bytes.h"
 #include "support/SizeLimit.h"
 #include "support/TableFixture.h"
@@ -210,6 +212,30 @@ TEST_F(TableFaults, ACatalogueThatWasRewrittenInPartKeepsTheRowsThatWereThere) {
     put(std::string(32, '\0'), page);
     EXPECT_EQ(nullptr, open(target));
     EXPECT_EQ(1773, messageId(error));
+  }
+}
+
+/// Rows follow each other, so an index is needed only by who does not read all of them in order.
+TEST_F(TableFaults, AnElementWithoutAnIndexIsReadInOrderOnly) {
+  const std::string name = makeTable(
+      {{"a", zvbTypeInteger}, {"b", zvbTypeString}},
+      {row({std::int64_t{0}, std::string("x")}), row({std::int64_t{1}, std::string(300, 'y')}),
+       row({std::int64_t{2}, std::string("z")})});
+  const std::string index = directory.names().back();
+  ASSERT_TRUE(index.starts_with("zvwtei_")) << index;
+  Bytes catalogue(directory.file(name));
+  catalogue.set<std::uint16_t>(catalogue.size() - 24 - 23 - 16 + 6, 0).cut(catalogue.size() - 24);
+  catalogue.save();
+  std::filesystem::remove(directory.file(index));
+
+  EXPECT_EQ((Lines{"0|x", "1|" + std::string(300, 'y'), "2|z"}), readTable(name));
+  const std::string uri = "zvwt:" + name;
+  EXPECT_EQ((Lines{"0", "1", "2"}), readUri(uri + "?col=a"));
+  EXPECT_EQ((Lines{"7", "7", "7"}), readUri(uri + "?col=k,7,2"));
+  const RowRange last{.firstRow = 2, .rowCount = 1};
+  for (const Lines& lines : {readTable(name, &last), readTable(name, nullptr, true)}) {
+    ASSERT_EQ(1U, lines.size());
+    EXPECT_TRUE(lines[0].starts_with("failed: 336")) << lines[0];
   }
 }
 

@@ -290,11 +290,17 @@ TEST_F(Sorter, RefusesWrongKeysAndOptions) {
   EXPECT_EQ(datafileMessage::keyCountRefused, told(sorter->setSortColumnCount(0)));
   EXPECT_EQ(datafileMessage::settingRefused, told(sorter->setSortOptionA(64 * kilobyte - 1)));
   EXPECT_EQ(0, told(sorter->setSortOptionA(64 * kilobyte)));
+  EXPECT_EQ(datafileMessage::settingRefused, told(sorter->setSortOptionB(~std::uint64_t{0})));
   EXPECT_EQ(nullptr, sorter->value(3));
   EXPECT_EQ(nullptr, sorter->value(-1));
   ASSERT_EQ(0, addNumbers(*sorter, 2000)) << sorter->getErrorMessage().asCstr();
   ASSERT_EQ(0, sorter->sort());
   expectNumbers(*sorter, 2000);  // as if nothing wrong had been asked for
+  EXPECT_EQ(datafileMessage::notPossibleNow, told(sorter->setSortColumnCount(1)));
+  EXPECT_EQ(datafileMessage::notPossibleNow, told(sorter->setSortColumn(0, 0, false, 0)));
+  EXPECT_EQ(datafileMessage::notPossibleNow, told(sorter->setSortOptionA(0)));
+  EXPECT_EQ(datafileMessage::notPossibleNow, told(sorter->setSortOptionB(0)));
+  expectNumbers(*sorter, 2000);
 
   for (const std::uint32_t options : {1U, 0x20000000U, allOptions | 2U}) {
     EXPECT_EQ(nullptr, SorterOwner(manager->createSorter(options)));
@@ -419,6 +425,24 @@ TEST_F(Sorter, DoesWhatItsOptionsSay) {
   EXPECT_TRUE(std::is_sorted(texts.begin(), texts.end()));
 }
 
+/// Wherever the second thread has just got to with what comes next.
+TEST_F(Sorter, BeginsItsDeliveryAnewAtAnyPlace) {
+  constexpr std::int64_t count = 10000;
+  ASSERT_TRUE(manager->sortAndSize0(256 * kilobyte));
+  for (const bool secondThread : {true, false}) {
+    ASSERT_TRUE(manager->sortAndSize1(secondThread));
+    const SorterOwner sorter = numbers();
+    ASSERT_EQ(0, addNumbers(*sorter, count));
+    ASSERT_EQ(0, sorter->sort());
+    for (std::int64_t records = 0; records < 1500; records += 7) {
+      const Delivery delivery = deliverNumbers(*sorter, records);
+      ASSERT_EQ(zvDatafileSuccess, delivery.status) << sorter->getErrorMessage().asCstr();
+      ASSERT_TRUE(delivery.right) << records;
+    }
+    expectNumbers(*sorter, count);
+  }
+}
+
 TEST_F(Sorter, IsIndependentOfItsManagerAndOfOthers) {
   ASSERT_TRUE(manager->sortAndSize0(64 * kilobyte));
   SorterOwner first = numbers();
@@ -490,33 +514,47 @@ TEST_F(Sorter, TellsWhenItsWorkFilesCannotBeWritten) {
   EXPECT_TRUE(namelessFiles(directory.path()).empty());
 }
 
-/// Overwrites 16 bytes in every 20,000.
-void damage(const OpenFile& file) {
+struct Damage {
+  off_t first;  // of the bytes damaged, which are 16 of every `step`
+  off_t step;
+  char byte;
+};
+
+void damage(const OpenFile& file, const Damage& damage) {
   const off_t size = lseek(file.descriptor, 0, SEEK_END);
-  const std::string bytes(16, '\xF5');
-  for (off_t offset = 10000; offset + 16 < size; offset += 20000) {
+  const std::string bytes(16, damage.byte);
+  for (off_t offset = damage.first; offset + 16 < size; offset += damage.step) {
     ASSERT_EQ(16, pwrite(file.descriptor, bytes.data(), bytes.size(), offset));
   }
 }
 
+/// In the midst of records, in the heads of blocks, which begin at pages, and of their first
+/// records.
 TEST_F(Sorter, NeverTakesADamagedBlockForRecords) {
-  constexpr std::int64_t count = 40000;
-  ASSERT_TRUE(manager->sortAndSize0(megabyte) && manager->sortAndSize1(false));
-  for (const bool checksums : {true, false}) {
-    ASSERT_TRUE(manager->sortAndSize7(checksums));
-    const SorterOwner sorter = numbers();
-    ASSERT_EQ(0, addNumbers(*sorter, count));
-    ASSERT_EQ(0, sorter->sort());
-    const std::vector<OpenFile> files = namelessFiles(directory.path());
-    ASSERT_FALSE(files.empty());
-    std::for_each(files.begin(), files.end(), damage);
-    const Delivery delivery = deliverNumbers(*sorter, 2 * count);
-    if (checksums) {
-      EXPECT_TRUE(delivery.right);
-      EXPECT_GT(count, delivery.records);
-      expectSticky(*sorter, datafileMessage::workFileDamaged);
-    } else {
-      EXPECT_GE(count, delivery.records);
+  constexpr std::int64_t count = 10000;
+  constexpr Damage damages[] = {{10000, 20000, '\xF5'}, {0, 4096, '\xF5'},  {0, 4096, '\0'},
+                                {0, 4096, '\1'},        {16, 4096, '\xFF'}, {18, 4096, '\0'},
+                                {32, 4096, '\x7F'}};
+  ASSERT_TRUE(manager->sortAndSize0(256 * kilobyte) && manager->sortAndSize1(false));
+  for (const Damage& each : damages) {
+    for (const bool checksums : {true, false}) {
+      ASSERT_TRUE(manager->sortAndSize7(checksums));
+      const SorterOwner sorter = numbers();
+      ASSERT_EQ(0, addNumbers(*sorter, count));
+      ASSERT_EQ(0, sorter->sort());
+      const std::vector<OpenFile> files = namelessFiles(directory.path());
+      ASSERT_FALSE(files.empty());
+      for (const OpenFile& file : files) {
+        damage(file, each);
+      }
+      const Delivery delivery = deliverNumbers(*sorter, 2 * count);
+      if (checksums) {
+        EXPECT_TRUE(delivery.right);
+        EXPECT_GT(count, delivery.records);
+        expectSticky(*sorter, datafileMessage::workFileDamaged);
+      } else {
+        EXPECT_NE(zvDatafileSuccess, delivery.status);
+      }
     }
   }
 }

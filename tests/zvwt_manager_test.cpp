@@ -128,6 +128,12 @@ TEST_F(Manager, TellsTheSizesOfATable) {
   EXPECT_EQ(80, sizes.indexBytes);
   EXPECT_EQ(static_cast<std::int64_t>(std::filesystem::file_size(directory.file(name))),
             sizes.catalogueBytes);
+
+  std::filesystem::remove(directory.file(directory.names()[1]));
+  for (const char* table : {name.c_str(), "zvwt_none"}) {
+    EXPECT_FALSE(zvwtGetTableSizes(manager.get(), table, &sizes, &error));
+    EXPECT_EQ(1353, messageId(error)) << error.asCstr();
+  }
 }
 
 }  // namespace
