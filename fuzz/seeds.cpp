@@ -74,7 +74,6 @@ void saveValues(const fs::path& folder) {
 /// of the first element's.
 std::string withKnownNames(const std::string& catalogue, const WorkFolder& folder,
                            std::string* data, std::string* index) {
-  constexpr std::size_t headSize = 16;
   constexpr std::size_t dataNameSize = 23;
   constexpr std::size_t indexNameSize = 24;
   std::string result = catalogue;
@@ -85,10 +84,9 @@ std::string withKnownNames(const std::string& catalogue, const WorkFolder& folde
       *data = load(folder.path() + "/" + result.substr(at, dataNameSize - 1));
       *index = load(folder.path() + "/" + result.substr(at + dataNameSize, indexNameSize - 1));
     }
-    const std::string names = std::string("zvwte_") + element + '\0' + "zvwtei_" + element + '\0';
-    const std::string sizes = bytesOf<std::uint16_t>(8) + bytesOf<std::uint16_t>(9);
-    result.replace(at, dataNameSize + indexNameSize, names);
-    result.replace(at - headSize + 4, sizes.size(), sizes);
+    const std::string letters(16, element);
+    result.replace(at, dataNameSize + indexNameSize,
+                   "zvwte_" + letters + '\0' + "zvwtei_" + letters + '\0');
   }
   return result;
 }

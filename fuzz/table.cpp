@@ -1,9 +1,9 @@
-/// Any bytes as the files of a table: opened in every way, read, described, copied, appended to and
-/// deleted, with a reason for everything that fails and no file where none belongs.
+/// Any bytes as the files of a table: checked, opened in every way, read, described, copied,
+/// appended to and deleted, with a reason for everything that fails and no file where none belongs.
 ///
 /// An input is the size of the catalogue and that of the element data (2 bytes each), the
-/// catalogue, the data, and the index. The catalogue finds the two latter under the names "zvwte_a"
-/// and "zvwte_b", "zvwtei_a" and "zvwtei_b".
+/// catalogue, the data, and the index. The catalogue finds the two latter under the names of two
+/// elements: "zvwte_" and "zvwtei_" with 16 times "a", and with 16 times "b".
 
 #include "Input.h"
 #include "RowTexts.h"
@@ -33,9 +33,23 @@ class DamagedTable {
     writeFile(tableName, input.takeBytes(catalogueSize));
     const std::string_view data = input.takeBytes(dataSize);
     const std::string_view index = input.takeRest();
-    for (const std::string element : {"a", "b"}) {
+    for (const std::string& element : {std::string(16, 'a'), std::string(16, 'b')}) {
       writeFile("zvwte_" + element, data);
       writeFile("zvwtei_" + element, index);
+    }
+  }
+
+  /// Readers find no fault where the check finds none.
+  void checkChecking() {
+    std::int64_t findings = 0;
+    error_.assign("");
+    if (!zvwtCheckTable(manager_.get(), tableName, takeFinding, this, &findings, &error_)) {
+      FUZZ_CHECK(hasReason(), "check");
+      return;
+    }
+    FUZZ_CHECK(findings == found_, std::to_string(findings));
+    if (findings == 0) {
+      expectReadable();
     }
   }
 
@@ -106,6 +120,29 @@ class DamagedTable {
   }
 
   [[nodiscard]] bool hasReason() const { return !error_.isEmpty(); }
+
+  static bool takeFinding(const ZvwtFinding* finding, void* context) {
+    const std::string detail = std::string(finding->file) + ": " + finding->rule;
+    FUZZ_CHECK(finding->offset >= 0 && finding->rule[0] != '\0', detail);
+    ++static_cast<DamagedTable*>(context)->found_;
+    return true;
+  }
+
+  void expectReadable() {
+    const zvwt::Table table = openRange({}, false);
+    FUZZ_CHECK(table != nullptr, error_.asCstr());
+    bool atEnd = false;
+    const Rows rows = readRows(*table, mostRows, &atEnd);
+    FUZZ_CHECK(atEnd || rows.size() == mostRows, table->getErrorMessage().asCstr());
+    FUZZ_CHECK(!atEnd || table->getRowCount() == static_cast<std::int64_t>(rows.size()), "count");
+    const zvwt::Table backwards = openRange({}, true);
+    if (backwards == nullptr || !atEnd) {
+      return;  // an element without an index has no way back
+    }
+    const Rows turned = readRows(*backwards, mostRows, &atEnd);
+    FUZZ_CHECK(!atEnd || std::equal(rows.begin(), rows.end(), turned.rbegin(), turned.rend()),
+               "backwards");
+  }
 
   zvwt::Table opened(ZvWorkTableFile* table) {
     FUZZ_CHECK(table != nullptr || hasReason(), "open");
@@ -191,6 +228,7 @@ class DamagedTable {
   ZvbString error_;
   zvwt::Manager manager_;
   Names written_;
+  std::int64_t found_ = 0;
 };
 
 }  // namespace
@@ -200,6 +238,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   folder.clear();
   DamagedTable table(folder);
   table.write(Input(bytes, size));
+  table.checkChecking();
   table.checkReading();
   table.checkDescriptions();
   table.checkWriting();
