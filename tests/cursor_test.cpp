@@ -389,6 +389,7 @@ TEST_F(CursorTest, CopiesAnyCursor) {
                                            {row({std::string("2024-02-29"), {}})}));
   const zvwt::Statistics statistics(table->getStatistics());
   EXPECT_EQ(zvbCursorRow, statistics->next());
+  EXPECT_STREQ("", statistics->value(2).asCstr());
   ASSERT_TRUE(texts->copyFrom(statistics.get())) << texts->errorMessage().asCstr();
   EXPECT_EQ(
       (Lines{"AccessKey|", "Columns|2", "ElementSize|0", "Elements|1", "Rows|1", "Version|1.0"}),

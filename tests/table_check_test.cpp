@@ -137,6 +137,8 @@ TEST_F(TableCheck, FindsNothingInWhatOthersMayWrite) {
   Bytes bytes(directory.file(indexless));
   bytes.set<std::uint16_t>(firstElement + 2 * elementSize + 6, 0).cut(bytes.size() - 24).save();
   expectSound(indexless);
+  Bytes(directory.file(dataOf(indexless, 2))).set(2, '\x07').save();
+  EXPECT_EQ(1U, check(indexless).size());  // nothing leads to what follows
 }
 
 TEST_F(TableCheck, FindsEachDamageInItsPlace) {

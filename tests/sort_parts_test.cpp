@@ -1,4 +1,5 @@
-/// Records of the sorter as bytes: no damage leads beyond them.
+/// Parts of the sorter on their own: records as bytes, of which no damage leads beyond them, and
+/// memory where the system has little.
 
 #include <gtest/gtest.h>
 
@@ -7,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "datafile/ArenaPool.h"
 #include "datafile/RecordCodec.h"
 
 namespace {
@@ -55,6 +57,30 @@ TEST(RecordCodecTest, ReadsNoItemBeyondItsEnd) {
       EXPECT_NE(RecordCodec::Decoded::memoryShort, decode(flipped)) << bit;
     }
   }
+}
+
+/// Arenas grow until one is more than the system has; smaller ones are then had all the same.
+TEST(ArenaPoolTest, MakesDoWithWhatTheSystemGives) {
+  SortPlan plan{SortSettings()};
+  plan.arenaMemory = std::size_t{1} << 60;
+  plan.arenaSize = std::size_t{1} << 59;
+  ArenaPool pool(plan);
+  std::vector<std::unique_ptr<SortArena>> arenas;
+  const auto take = [&] {
+    arenas.push_back(pool.take(100));
+    return arenas.back() == nullptr ? 0 : arenas.back()->size();
+  };
+  std::size_t largest = 0;
+  std::size_t size = take();
+  for (; size > largest; size = take()) {
+    largest = size;
+  }
+  EXPECT_GT(size, 0U);
+  EXPECT_LT(largest, plan.arenaSize);
+  for (std::unique_ptr<SortArena>& arena : arenas) {
+    pool.giveBack(std::move(arena));
+  }
+  EXPECT_TRUE(pool.isAllIdle());
 }
 
 }  // namespace
