@@ -35,8 +35,7 @@ bool take(const ZvwtOrphan* orphan, void* context) {
     if (orphan->problem != nullptr) {
       outcome->problems.push_back(std::string(orphan->path) + ": " + orphan->problem);
     } else {
-      outcome->orphans.push_back(
-          {orphan->path, orphan->owner, orphan->modifiedTime, orphan->size});
+      outcome->orphans.push_back({orphan->path, orphan->owner, orphan->modifiedTime, orphan->size});
     }
     return true;
   } catch (...) {
@@ -99,8 +98,8 @@ void sayTotal(const std::vector<Orphan>& orphans, bool removed) {
 ExitCode runClean(ZvWorkTableManager& manager, const CleanOptions& options) {
   Outcome outcome;
   ZvbString error;
-  const bool cleaned = zvwtCleanDirectories(&manager, options.leastAge, !options.isDryRun, take,
-                                            &outcome, &error);
+  const bool cleaned =
+      zvwtCleanDirectories(&manager, options.leastAge, !options.isDryRun, take, &outcome, &error);
   if (outcome.failure != nullptr) {
     std::rethrow_exception(outcome.failure);
   }
