@@ -302,21 +302,19 @@ bool ZVWTFileImpl::readColumnDefinition(ColumnDefinition* column) noexcept {
   return true;
 }
 
+/// The elements known before are kept until all are read: a table of this object's making that
+/// fails here is removed with them.
 bool ZVWTFileImpl::readElementDefinitions(std::uint32_t count) noexcept {
-  elements_.reset();
-  elementCount_ = 0;
-  elementCapacity_ = 0;
   if (count > std::numeric_limits<std::int32_t>::max() ||
       count > remainingHeaderBytes() / elementHeadSize) {
     return fail(WT_MESSAGE(shortRead, "element definition"));
   }
-  elements_.reset(new (std::nothrow) std::unique_ptr<DataElement>[count]);
-  if (elements_ == nullptr) {
+  Elements elements(new (std::nothrow) std::unique_ptr<DataElement>[count]);
+  if (elements == nullptr) {
     return fail(WT_MESSAGE(outOfMemory, "(data element definition array)"));
   }
-  elementCapacity_ = static_cast<int>(count);
   std::int64_t rowsLeft = rowCount_;
-  for (; elementCount_ < elementCapacity_; ++elementCount_) {
+  for (std::uint32_t i = 0; i < count; ++i) {
     std::unique_ptr<DataElement> element(new (std::nothrow) DataElement(state_));
     if (element == nullptr) {
       return fail(WT_MESSAGE(outOfMemory, "(data element definition)"));
@@ -331,9 +329,14 @@ bool ZVWTFileImpl::readElementDefinitions(std::uint32_t count) noexcept {
       return fail(WT_MESSAGE(shortRead, "element definition"));
     }
     rowsLeft -= element->rowCount();
-    elements_[static_cast<std::size_t>(elementCount_)] = std::move(element);
+    elements[i] = std::move(element);
   }
-  return rowsLeft == 0 || fail(WT_MESSAGE(shortRead, "element definition"));
+  if (rowsLeft != 0) {
+    return fail(WT_MESSAGE(shortRead, "element definition"));
+  }
+  elements_ = std::move(elements);
+  elementCount_ = elementCapacity_ = static_cast<int>(count);
+  return true;
 }
 
 /// Rows without columns take no bytes: without an index there could be any number of them.
