@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <utility>
 
 #include "wtelem/messages.h"
 #include "wtfile/ZVWTFileImpl.h"
@@ -37,12 +38,18 @@ bool ZVWTFileImpl::appendFrom(const ZvbString& source) noexcept {
       return false;
     }
   }
-  return copyRows(*table, "Append") && flushRows();
+  return flushRows(copyRows(*table, "Append"));
 }
 
-/// A disk that is full is met here rather than by the close, which would have to remove the table.
-bool ZVWTFileImpl::flushRows() noexcept {
-  return current_ == nullptr || current_->flush() || refuseRow();
+/// A disk that is full is met here rather than by the close, which would have to remove the table;
+/// with the rows before a failure, too, which stays the message.
+bool ZVWTFileImpl::flushRows(bool copied) noexcept {
+  if (current_ == nullptr || current_->flush()) {
+    return copied;
+  }
+  ZvbString cause = copied ? current_->getErrorMessage() : std::move(errorMessage_);
+  rowRefused_ = true;
+  return fail(std::move(cause));
 }
 
 bool ZVWTFileImpl::copyFrom(ZVWTFileImpl& source) noexcept {

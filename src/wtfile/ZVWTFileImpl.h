@@ -170,7 +170,7 @@ class ZVWTFileImpl final : public ZvWorkTableFile {
   bool sameColumnCount(ZVWTFileImpl& source) noexcept;
   bool sameColumn(const ZVWTFileImpl& source, int index) noexcept;
   bool copyRows(ZVWTFileImpl& source, const char* verb) noexcept;
-  bool flushRows() noexcept;
+  bool flushRows(bool copied) noexcept;
 
   // Rows
   bool refuseRow() noexcept;
