@@ -21,11 +21,14 @@ struct ZvbMessageEntry {
 
 inline constexpr ZvbMessageEntry zvbMessageCatalogue[] = {
     {29, "t", "Memory is short: %1 could not be allocated. Free memory and try again."},
-    {336, "", "The position in a data element file could not be set."},
+    {336, "",
+     "The position in a data element file could not be set: the file is damaged, or the disk is "
+     "failing."},
     {453, "t", "The position in the file could not be set: %1."},
     {1044, "", "A file could not be written: the disk is full, failing, or a limit was reached."},
     {1045, "t", "What was written could not be brought to the file: %1."},
-    {1301, "t", "A file is damaged or shorter than it says: reading \"%1\" failed."},
+    {1301, "t",
+     "Reading \"%1\" failed: the file is damaged or shorter than it says, or the disk is failing."},
     {1352, "ti", "The file \"%1\" cannot be opened: system status %2."},
     {1353, "tt", "The file \"%1\" cannot be opened: %2."},
     {1417, "tit",
@@ -45,7 +48,7 @@ inline constexpr ZvbMessageEntry zvbMessageCatalogue[] = {
     {1771, "ttitt",
      "The rows of the work table \"%1\" do not fit the work table \"%2\": their columns number %3 "
      "have the types %4 and %5."},
-    {1773, "", "The file is no work table: its header is too short."},
+    {1773, "", "The file is no work table, as its header is too short, or the disk is failing."},
     {1780, "t", "The work table to append to could not be reserved: %1"},
     {1781, "t", "The manager of the work table to copy could not be made: %1"},
     {1782, "tttt", "%1: the work table \"%2\" could not be read while \"%3\" was written: %4"},
@@ -57,7 +60,7 @@ inline constexpr ZvbMessageEntry zvbMessageCatalogue[] = {
      "The work table has format version %1.%2; this library reads versions up to %3.%4 and later "
      "minor versions of the same major one."},
     {1786, "", "The file is damaged: a record is longer or shorter than it can be."},
-    {1787, "", "The file is damaged: its access key is cut off."},
+    {1787, "", "The file is damaged, as its access key is cut off, or the disk is failing."},
     {1788, "l", "A range of rows cannot begin with row %1: rows are counted from 0."},
     {1789, "l", "A range of rows cannot have %1 rows: give 0 or more, or -1 for all."},
     {1790, "t",
