@@ -87,6 +87,9 @@ bool ensureBuffer(OpenFile& file) noexcept {
   if (file.buffer == nullptr) {
     return fail(file, npFioNoMemory);
   }
+  if (file.status == npFioNoMemory) {  // what an earlier failure said no longer holds
+    file.status = npFioSuccess;
+  }
   file.begin = file.cursor = file.readEnd = file.writeEnd = file.buffer.get();
   return true;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "wtelem/FileFailure.h"
 #include "wtelem/messages.h"
 
 bool CheckedFile::open(const TempDirectories& directories, const char* name,
@@ -28,7 +29,7 @@ ZvbString CheckedFile::openingFailure(const char* what) const noexcept {
 }
 
 bool CheckedFile::failReading() noexcept {
-  report_.fail(WT_MESSAGE(shortRead, path()));
+  report_.fail(fileFailure(search_.file, WT_MESSAGE(shortRead, path())));
   return false;
 }
 

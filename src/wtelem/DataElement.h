@@ -86,7 +86,8 @@ class DataElement {
   };
 
   bool fail(ZvbString text) noexcept;
-  bool failAfter(valueCodec::Result result, ZvbString fileFailure) noexcept;
+  bool failAfter(valueCodec::Result result, ZvbString usual) noexcept;
+  bool failInFiles(ZvbString usual) noexcept;
 
   bool createFile(File* file, int startDirectory) noexcept;
   static void discardNewFile(File* file) noexcept;

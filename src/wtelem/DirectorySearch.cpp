@@ -35,18 +35,23 @@ void setPath(DirectorySearch* search, const char* text) noexcept {
   search->path[sizeof search->path - 1] = '\0';
 }
 
-/// Fills in path and name of a file just made; the status.
-int describe(const char* path, NewFile* made) noexcept {
+/// Fills in path and name of a file just made.
+bool describe(const char* path, const char* kind, NewFile* made, ZvbString* error) noexcept {
   char directoryPart[npFioPathSize];
   char namePart[npFioPathSize];
   const int status =
       np_fio_pparse(path, directoryPart, sizeof directoryPart, namePart, sizeof namePart);
   if (status != npFioSuccess) {
-    return status;
+    *error = WT_MESSAGE(pathNotSplit, kind, status, np_fio_errdesc(status));
+    return false;
   }
   made->path.assign(path);
   made->name.assign(namePart);
-  return made->path.memoryShort() || made->name.memoryShort() ? npFioNoMemory : npFioSuccess;
+  if (made->path.memoryShort() || made->name.memoryShort()) {
+    *error = WT_MESSAGE(outOfMemory, "(file path)");
+    return false;
+  }
+  return true;
 }
 
 }  // namespace
@@ -62,13 +67,12 @@ bool makeFile(const TempDirectories& directories, const NewFileKind& kind, NewFi
         np_fio_tmpfile(directories.path(directory), kind.prefix, path, sizeof path, &made->handle);
     if (status == npFioSuccess) {
       made->directory = directory;
-      status = describe(path, made);
-      if (status != npFioSuccess) {
-        np_fio_close(std::exchange(made->handle, nullptr));
-        (void)np_fio_unlink(path);
-        *error = WT_MESSAGE(pathNotSplit, kind.name, status, np_fio_errdesc(status));
+      if (describe(path, kind.name, made, error)) {
+        return true;
       }
-      return status == npFioSuccess;
+      np_fio_close(std::exchange(made->handle, nullptr));
+      (void)np_fio_unlink(path);
+      return false;
     }
   }
   *error = WT_MESSAGE(noDirectoryTakes, directories.path(directories.count() - 1), status,

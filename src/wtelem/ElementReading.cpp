@@ -36,7 +36,7 @@ bool DataElement::seekRow(std::int64_t row) noexcept {
   }
   std::int64_t offset = 0;
   if (!readIndexEntry(&offset)) {
-    return fail(WT_MESSAGE(shortRead, "row offset"));
+    return failInFiles(WT_MESSAGE(shortRead, "row offset"));
   }
   positioned_ = true;
   if (np_fio_seek64(data_.handle, offset, npFioFromStart) < 0) {
@@ -129,7 +129,7 @@ bool DataElement::enterFirstRow() noexcept {
   std::int64_t ignored = 0;
   const bool stepOver = !positioned_ && currentRow_ < rowCount_ && index_.handle != nullptr;
   fresh_ = false;
-  return !stepOver || readIndexEntry(&ignored) || fail(WT_MESSAGE(shortRead, "column"));
+  return !stepOver || readIndexEntry(&ignored) || failInFiles(WT_MESSAGE(shortRead, "column"));
 }
 
 Result DataElement::decodeWholeRow(ZvbDatavar* const* targets) noexcept {
@@ -186,7 +186,7 @@ bool DataElement::passRest(int columnsRead) noexcept {
 /// row of the pass, so it always stands at the next row's entry.
 bool DataElement::placeForwards(int columnsRead) noexcept {
   if (index_.handle == nullptr) {
-    return passRest(columnsRead) || fail(WT_MESSAGE(shortRead, "column"));
+    return passRest(columnsRead) || failInFiles(WT_MESSAGE(shortRead, "column"));
   }
   if (currentRow_ >= rowCount_) {
     return true;

@@ -2,15 +2,24 @@
 #include <algorithm>
 
 #include "wtelem/DataElement.h"
+#include "wtelem/FileFailure.h"
 #include "wtelem/FileFields.h"
 #include "wtelem/ValueStream.h"
 #include "wtelem/messages.h"
 
 using valueCodec::Result;
 
-bool DataElement::failAfter(Result result, ZvbString fileFailure) noexcept {
-  return fail(result == Result::memoryShort ? WT_MESSAGE(outOfMemory, "(column value)")
-                                            : std::move(fileFailure));
+bool DataElement::failAfter(Result result, ZvbString usual) noexcept {
+  if (result == Result::fileFailed) {
+    return failInFiles(std::move(usual));
+  }
+  const char* what = result == Result::bufferShort ? "(string read buffer)" : "(column value)";
+  return fail(WT_MESSAGE(outOfMemory, what));
+}
+
+/// As a read or write of one of the files has failed.
+bool DataElement::failInFiles(ZvbString usual) noexcept {
+  return fail(fileFailure(index_.handle, fileFailure(data_.handle, std::move(usual))));
 }
 
 bool DataElement::writeRow(const ZvbDatavar* const* values, bool* elementFull) noexcept {
@@ -70,7 +79,7 @@ bool DataElement::cutToRows() noexcept {
   }
   std::int64_t end = 0;
   if (indexFileSize < rowCount_ * indexEntrySize || !findEndOfRows(dataFileSize, &end)) {
-    return fail(WT_MESSAGE(shortRead, "row offset"));
+    return failInFiles(WT_MESSAGE(shortRead, "row offset"));
   }
   const int status = cutBackTo(rowCount_, end);
   if (status != npFioSuccess) {

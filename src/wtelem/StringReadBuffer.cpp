@@ -25,10 +25,13 @@ bool StringReadBuffer::grow(std::int32_t used, std::int32_t needed) noexcept {
   return true;
 }
 
-const char* StringReadBuffer::read(np_fio_handle file, std::int32_t length) noexcept {
+const char* StringReadBuffer::read(np_fio_handle file, std::int32_t length,
+                                   bool* memoryShort) noexcept {
+  *memoryShort = false;
   std::int32_t used = 0;
   while (used < length) {
     if (used == capacity_ && !grow(used, length)) {
+      *memoryShort = true;
       return nullptr;
     }
     const std::int32_t wanted = std::min(length, capacity_) - used;

@@ -18,8 +18,10 @@ class StringReadBuffer {
   [[nodiscard]] std::int32_t limit() const noexcept { return limit_; }
 
   /// Reads `length` bytes. The buffer grows with what the file really has, so a damaged length
-  /// costs no memory. Null when the file ends first or memory is short; valid until the next call.
-  [[nodiscard]] const char* read(np_fio_handle file, std::int32_t length) noexcept;
+  /// costs no memory. Null when the file ends first or memory is short, as *memoryShort then tells;
+  /// valid until the next call.
+  [[nodiscard]] const char* read(np_fio_handle file, std::int32_t length,
+                                 bool* memoryShort) noexcept;
 
  private:
   [[nodiscard]] bool grow(std::int32_t used, std::int32_t needed) noexcept;

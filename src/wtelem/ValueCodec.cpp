@@ -128,9 +128,10 @@ Result readText(const Source& source, ZvbDatavar* target, std::int64_t* offset) 
     target->assign(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length));
     np_fio_consume(source.file, length);
   } else {
-    const char* bytes = source.buffer->read(source.file, length);
+    bool memoryShort = false;
+    const char* bytes = source.buffer->read(source.file, length, &memoryShort);
     if (bytes == nullptr) {
-      return Result::fileFailed;
+      return memoryShort ? Result::bufferShort : Result::fileFailed;
     }
     target->assign(bytes, static_cast<std::size_t>(length));
   }

@@ -45,6 +45,7 @@ enum class Result : std::uint8_t {
   done,
   fileFailed,   ///< a short read or write, a failed seek, or bytes that are no value
   memoryShort,  ///< a text could not be held
+  bufferShort,  ///< nor could a long text on its way there
 };
 
 constexpr unsigned char tagOf(StorageCode code) noexcept {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "wtelem/CatalogueLimits.h"
+#include "wtelem/FileFailure.h"
 #include "wtelem/FileFields.h"
 #include "wtelem/messages.h"
 #include "wtfile/ZVWTFileImpl.h"
@@ -111,11 +112,11 @@ bool ZVWTFileImpl::seekHeader(std::int64_t offset) noexcept {
 /// The access key and what follows it.
 bool ZVWTFileImpl::writeRecords() noexcept {
   if (!putAll(header_, accessKey_.asCstr(), accessKey_.cStrSize())) {
-    return fail(WT_MESSAGE(shortWrite));
+    return fail(fileFailure(header_, WT_MESSAGE(shortWrite)));
   }
   for (int i = 0; i < state_.columnCount; ++i) {
     if (!writeColumnDefinition(state_.columns[static_cast<std::size_t>(i)])) {
-      return fail(WT_MESSAGE(shortWrite));
+      return fail(fileFailure(header_, WT_MESSAGE(shortWrite)));
     }
   }
   for (int i = 0; i < elementCount_; ++i) {
@@ -137,7 +138,8 @@ bool ZVWTFileImpl::writeFixedHeader() noexcept {
                            .elementCount = static_cast<std::uint32_t>(elementCount_),
                            .maxElementSize = state_.maxElementSize,
                            .rowCount = rowCount_});
-  return putAll(header_, bytes, fixedHeaderSize) || fail(WT_MESSAGE(shortWrite));
+  return putAll(header_, bytes, fixedHeaderSize) ||
+         fail(fileFailure(header_, WT_MESSAGE(shortWrite)));
 }
 
 bool ZVWTFileImpl::writeColumnDefinition(const ColumnDefinition& column) noexcept {
@@ -206,7 +208,7 @@ bool ZVWTFileImpl::readFixedHeader(std::uint32_t* columnCount,
                                    std::uint32_t* elementCount) noexcept {
   unsigned char bytes[fixedHeaderSize];
   if (np_fio_getb(header_, bytes, fixedHeaderSize) != fixedHeaderSize || isUnwritten(bytes)) {
-    return fail(WT_MESSAGE(headerTooShort));
+    return fail(fileFailure(header_, WT_MESSAGE(headerTooShort)));
   }
   state_.otherByteOrder = loadField<std::uint16_t>(bytes, false) != byteOrderMark;
   const FixedHeader header = loadFixedHeader(bytes, state_.otherByteOrder);
@@ -322,7 +324,7 @@ bool ZVWTFileImpl::readElementDefinitions(std::uint32_t count) noexcept {
     if (!element->readDefinition(header_)) {
       return failAs(*element);
     }
-    if (elementCount_ + 1 == elementCapacity_ && !isWrittenAtOnce(headerSize_)) {
+    if (i + 1 == count && !isWrittenAtOnce(headerSize_)) {
       element->countRows(rowsLeft);
     }
     if (element->rowCount() > rowsLeft || !canHaveRows(*element)) {
