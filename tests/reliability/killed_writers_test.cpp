@@ -212,8 +212,7 @@ class KilledWriters : public TableTest {
     EXPECT_TRUE(manager->appendTable(name.c_str(), bench.source.c_str(), &error)) << error.asCstr();
     expectRows(name, shape, rows + shape.rows);
     std::int64_t findings = 0;
-    EXPECT_TRUE(
-        zvwtCheckTable(manager.get(), name.c_str(), nullptr, nullptr, &findings, &error));
+    EXPECT_TRUE(zvwtCheckTable(manager.get(), name.c_str(), nullptr, nullptr, &findings, &error));
     EXPECT_EQ(findings, 0);
   }
 

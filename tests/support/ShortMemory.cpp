@@ -3,23 +3,47 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <limits>
 #include <new>
 
 namespace {
 
-thread_local std::int64_t allocations = 0;
-thread_local std::int64_t firstFailing = 0;  // counted as the allocations are
-thread_local std::int64_t endOfFailing = 0;
-thread_local bool hasFailed = false;
+/// Counts allocations and says which of them are to fail.
+template <typename Number, typename Flag>
+struct Shortage {
+  Number allocations{0};
+  Number firstFailing{0};  // counted as the allocations are
+  Number endOfFailing{0};
+  Flag hasFailed{false};
+
+  bool takes() noexcept {
+    const std::int64_t allocation = allocations++;
+    const bool fails = allocation >= firstFailing && allocation < endOfFailing;
+    if (fails) {
+      hasFailed = true;
+    }
+    return fails;
+  }
+  void start(int allocation, int count) noexcept {
+    hasFailed = false;
+    firstFailing = allocations + allocation;
+    endOfFailing = firstFailing + count;
+  }
+  void end() noexcept { endOfFailing = 0; }
+};
+
+thread_local Shortage<std::int64_t, bool> ofThread;
+Shortage<std::atomic<std::int64_t>, std::atomic<bool>> ofAll;
+std::atomic<bool> isForAll{false};
+
 thread_local std::int64_t takenBytes = 0;  // below 0 in a thread that frees what another one took
 thread_local std::int64_t mostTakenBytes = 0;
 
 void* allocate(std::size_t size) noexcept {
-  const std::int64_t allocation = allocations++;
-  if (allocation >= firstFailing && allocation < endOfFailing) {
-    hasFailed = true;
+  const bool fails = ofThread.takes();
+  if (fails || (isForAll && ofAll.takes())) {
     return nullptr;
   }
   void* block = std::malloc(size);
@@ -42,17 +66,29 @@ void* allocateOrThrow(std::size_t size) {
 
 ShortMemory::ShortMemory() noexcept : ShortMemory(0, std::numeric_limits<int>::max()) {}
 
-ShortMemory::ShortMemory(int allocation, int count) noexcept {
-  hasFailed = false;
-  firstFailing = allocations + allocation;
-  endOfFailing = firstFailing + count;
+ShortMemory::ShortMemory(int allocation, int count, ShortFor whom) noexcept : whom_(whom) {
+  if (whom_ == ShortFor::allThreads) {
+    ofAll.start(allocation, count);
+    isForAll = true;
+  } else {
+    ofThread.start(allocation, count);
+  }
 }
 
-ShortMemory::~ShortMemory() { endOfFailing = 0; }
+ShortMemory::~ShortMemory() {
+  if (whom_ == ShortFor::allThreads) {
+    isForAll = false;
+    ofAll.end();
+  } else {
+    ofThread.end();
+  }
+}
 
-bool ShortMemory::met() const noexcept { return hasFailed; }
+bool ShortMemory::met() const noexcept {
+  return whom_ == ShortFor::allThreads ? ofAll.hasFailed.load() : ofThread.hasFailed;
+}
 
-std::int64_t countAllocations() noexcept { return allocations; }
+std::int64_t countAllocations() noexcept { return ofThread.allocations; }
 
 PeakMemory::PeakMemory() noexcept : before_(takenBytes) { mostTakenBytes = takenBytes; }
 

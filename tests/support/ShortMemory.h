@@ -3,19 +3,25 @@
 
 #include <cstdint>
 
-/// Lets some of this thread's allocations fail, while it lives.
+enum class ShortFor { thisThread, allThreads };
+
+/// Lets some allocations fail, while it lives: of this thread, or of all, of which there is one at
+/// a time.
 class ShortMemory {
  public:
-  /// All of them.
+  /// All of this thread's.
   ShortMemory() noexcept;
   /// `count` in a row, after the first `allocation`.
-  ShortMemory(int allocation, int count) noexcept;
+  ShortMemory(int allocation, int count, ShortFor whom = ShortFor::thisThread) noexcept;
   ShortMemory(const ShortMemory&) = delete;
   ShortMemory& operator=(const ShortMemory&) = delete;
   ~ShortMemory();
 
   /// True when an allocation has failed.
   [[nodiscard]] bool met() const noexcept;
+
+ private:
+  ShortFor whom_;
 };
 
 /// Allocations of this thread so far.

@@ -47,6 +47,26 @@ inline std::string shown(const ZvbDatavar& value) {
   return value.isNull() ? "null" : value.asString().asCstr();
 }
 
+/// The rest of the rows, each as its values' texts joined by '|'; a last line "failed: ..." when
+/// reading ended otherwise than at the end of the table.
+inline std::vector<std::string> restOfRows(ZvWorkTableFile& table) {
+  const auto columns = static_cast<std::size_t>(table.getColumnCount());
+  std::vector<ZvbDatavar> values(columns + 1);
+  std::vector<std::string> rows;
+  bool end = false;
+  while (table.readRow(values.data(), &end)) {
+    std::string line;
+    for (std::size_t i = 0; i < columns; ++i) {
+      line += (i == 0 ? "" : "|") + shown(values[i]);
+    }
+    rows.push_back(line);
+  }
+  if (!end) {
+    rows.push_back(std::string("failed: ") + table.getErrorMessage().asCstr());
+  }
+  return rows;
+}
+
 class TableTest : public testing::Test {
  protected:
   explicit TableTest(const std::filesystem::path& parent = std::filesystem::temp_directory_path())
@@ -109,25 +129,7 @@ class TableTest : public testing::Test {
     return TableHandle(manager->openTable(text.c_str(), backwards, &error));
   }
 
-  /// The rest of the rows, each as its values' texts joined by '|'; a last line "failed: ..." when
-  /// reading ended otherwise than at the end of the table.
-  static std::vector<std::string> readAll(ZvWorkTableFile& table) {
-    const auto columns = static_cast<std::size_t>(table.getColumnCount());
-    std::vector<ZvbDatavar> values(columns + 1);
-    std::vector<std::string> rows;
-    bool end = false;
-    while (table.readRow(values.data(), &end)) {
-      std::string line;
-      for (std::size_t i = 0; i < columns; ++i) {
-        line += (i == 0 ? "" : "|") + shown(values[i]);
-      }
-      rows.push_back(line);
-    }
-    if (!end) {
-      rows.push_back(std::string("failed: ") + table.getErrorMessage().asCstr());
-    }
-    return rows;
-  }
+  static std::vector<std::string> readAll(ZvWorkTableFile& table) { return restOfRows(table); }
 
   std::vector<std::string> readTable(const std::string& name, const RowRange* range = nullptr,
                                      bool backwards = false) {
