@@ -115,10 +115,14 @@ bool DirectoryCleaning::list(bool catalogues, Files* files) noexcept {
       return fail(WT_MESSAGE(outOfMemory, "(list of files)"));
     }
   }
-  const auto nameOf = [](const File& file) { return std::string_view(file.name); };
-  std::ranges::sort(*files, {}, nameOf);
-  files->truncate(
-      static_cast<std::size_t>(std::ranges::unique(*files, {}, nameOf).begin() - files->begin()));
+  std::sort(files->begin(), files->end(), [](const File& left, const File& right) {
+    return std::string_view(left.name) < right.name;
+  });
+  File* const end =
+      std::unique(files->begin(), files->end(), [](const File& left, const File& right) {
+        return std::string_view(left.name) == right.name;
+      });
+  files->truncate(static_cast<std::size_t>(end - files->begin()));
   return true;
 }
 
@@ -174,9 +178,10 @@ bool DirectoryCleaning::readNames(const char* path, np_fio_handle file,
 
 void DirectoryCleaning::keepNamed(const char* name, void* cleaning) noexcept {
   Files& files = static_cast<DirectoryCleaning*>(cleaning)->files_;
-  const auto nameOf = [](const File& file) { return std::string_view(file.name); };
-  File* const found = std::ranges::lower_bound(files, std::string_view(name), {}, nameOf);
-  if (found != files.end() && nameOf(*found) == name) {
+  File* const found = std::lower_bound(
+      files.begin(), files.end(), std::string_view(name),
+      [](const File& file, std::string_view wanted) { return file.name < wanted; });
+  if (found != files.end() && std::string_view(found->name) == name) {
     found->isKept = true;
   }
 }
@@ -192,8 +197,8 @@ void DirectoryCleaning::keepYoungFiles() noexcept {
 }
 
 bool DirectoryCleaning::hasOrphans() noexcept {
-  return std::ranges::any_of(
-      files_, [](const File& file) { return !file.isKept && !isWorkName(file.name); });
+  return std::any_of(files_.begin(), files_.end(),
+                     [](const File& file) { return !file.isKept && !isWorkName(file.name); });
 }
 
 /// False ends the cleaning.
