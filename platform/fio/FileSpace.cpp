@@ -55,10 +55,12 @@ int FileSpace::assureScarce(fioSystem::File file, std::int64_t offset, std::int6
   for (const std::int64_t wanted : {std::max(step_, size), size}) {
     const std::int64_t end = std::min(roundUp(offset + wanted, room.blockSize), room.sizeLimit);
     const int status = fioSystem::reserve(file, offset, end - offset);
-    if (status == npFioSuccess || status == npFioDiskFull) {
-      reservedEnd_ = std::max(reservedEnd_, end);
+    if (status != npFioSuccess && status != npFioDiskFull) {
+      mayReserve_ = false;  // this file system cannot: the write itself will tell
+      return assure(file, offset, size);
     }
-    if (status != npFioDiskFull) {  // or not possible on this file system: the write will tell
+    reservedEnd_ = std::max(reservedEnd_, end);
+    if (status == npFioSuccess) {
       extend(offset, end);
       return npFioSuccess;
     }
