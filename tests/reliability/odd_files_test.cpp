@@ -428,7 +428,7 @@ TEST_F(OddFiles, InDirectoriesThatRefuseAreReadAtMost) {
     EXPECT_EQ(id, messageId(error)) << error.asCstr();
     EXPECT_NE(nullptr, std::strstr(error.asCstr(), "access denied")) << error.asCstr();
   };
-  EXPECT_TRUE(passesForOrdinaryUser([&] {
+  const bool passed = passesForOrdinaryUser([&] {
     for (const auto& [place, table] : refusing) {
       manager = makeManager(tables.file(place) + np_dir_listsep + tables.file("own"));
       Answers answers = use(table);
@@ -445,7 +445,8 @@ TEST_F(OddFiles, InDirectoriesThatRefuseAreReadAtMost) {
       expectDenied(manager->createTable(1, 0, &error) != nullptr, 1417);
     }
     expectDenied(open(hidden) != nullptr, notOpened);
-  }));
+  });
+  EXPECT_TRUE(passed);
   for (const auto& [place, table] : refusing) {
     EXPECT_EQ(3U, contentsOf(tables.file(place)).size());
   }

@@ -100,7 +100,9 @@ class MountedDisk final : public Disk {
 
   [[nodiscard]] off_t blockSize() const { return static_cast<off_t>(info().f_bsize); }
   static off_t sizeOf(const std::string& file) {
-    return static_cast<off_t>(std::filesystem::file_size(file));
+    std::error_code missing;
+    const std::uintmax_t size = std::filesystem::file_size(file, missing);
+    return missing ? 0 : static_cast<off_t>(size);
   }
 
   std::string path_;

@@ -132,7 +132,7 @@ class Threads : public TableTest {
     employ(1, &Threads::readShared);
     employ(1, &Threads::readWithoutKey);
     employ(2, &Threads::sort);
-    employ(1, &Threads::changeSettings);
+    employ(2, &Threads::changeSettings);
     employ(1, &Threads::copy);
     employ(1, &Threads::replaceShortLived);
     employ(2, &Threads::readShortLived);
