@@ -62,6 +62,12 @@ bool isScheme(std::string_view text) noexcept {
          std::all_of(text.begin(), text.end(), isSchemeByte);
 }
 
+/// What the text's scheme would be; empty when the text is no URI.
+std::string_view schemeOf(std::string_view text) noexcept {
+  const std::string_view start = text.substr(0, std::min(text.find(':'), text.size()));
+  return start.size() < text.size() && isScheme(start) ? start : std::string_view();
+}
+
 class ReadURI final : public ZvURI {
  public:
   void release() noexcept override { delete this; }
@@ -93,27 +99,32 @@ class ReadURI final : public ZvURI {
     return hasRange_;
   }
 
-  /// False when the text is no URI or memory is short.
+  /// Reads a text that has a scheme. False when it is malformed or memory is short.
   [[nodiscard]] bool read(std::string_view text) noexcept {
-    const std::size_t colon = text.find(':');
-    if (colon == std::string_view::npos || !isScheme(text.substr(0, colon))) {
-      return false;
-    }
-    scheme_.assign(text.data(), colon);
-    text.remove_prefix(colon + 1);
+    const std::string_view scheme = schemeOf(text);
+    scheme_.assign(scheme.data(), scheme.size());
+    text.remove_prefix(scheme.size() + 1);
     if (scheme_.compare("zvwt", false) != 0) {
       path_.assign(text.data(), text.size());
-      return !path_.memoryShort() && !scheme_.memoryShort();
+      memoryShort_ = path_.memoryShort() || scheme_.memoryShort();
+      return !memoryShort_;
     }
     const std::size_t question = text.find('?');
     return readPath(text.substr(0, question)) &&
            (question == std::string_view::npos || readParameters(text.substr(question + 1)));
   }
+  [[nodiscard]] bool memoryShort() const noexcept { return memoryShort_; }
 
  private:
+  [[nodiscard]] bool decode(std::string_view text, ZvbString* decoded) noexcept {
+    const bool done = zvbDecodePercent(text, decoded);
+    memoryShort_ = memoryShort_ || decoded->memoryShort();
+    return done;
+  }
+
   /// A parameter without its `?` before it would otherwise become part of the name.
   [[nodiscard]] bool readPath(std::string_view text) noexcept {
-    return text.find('&') == std::string_view::npos && zvbDecodePercent(text, &path_);
+    return text.find('&') == std::string_view::npos && decode(text, &path_);
   }
 
   [[nodiscard]] bool readParameters(std::string_view text) noexcept {
@@ -126,6 +137,7 @@ class ReadURI final : public ZvURI {
       return false;
     }
     columns_.reset(new (std::nothrow) Column[std::max<std::uint32_t>(columns, 1)]);
+    memoryShort_ = columns_ == nullptr;
     return columns_ != nullptr && forEach(text, [this](std::string_view parameter) {
              return parameter.starts_with(rowsKey) ? readRange(parameter.substr(rowsKey.size()))
                                                    : readColumn(parameter.substr(columnKey.size()));
@@ -142,8 +154,8 @@ class ReadURI final : public ZvURI {
     const auto commas = std::count(text.begin(), text.end(), ',');
     Column& column = columns_[static_cast<std::size_t>(columnCount_)];
     ++columnCount_;
-    return zvbDecodePercent(takeUntil(',', &text), &column.name) &&
-           zvbDecodePercent(takeUntil(',', &text), &column.second) &&
+    return decode(takeUntil(',', &text), &column.name) &&
+           decode(takeUntil(',', &text), &column.second) &&
            (commas < 2 || readNumber(text, &column.type));
   }
 
@@ -151,6 +163,7 @@ class ReadURI final : public ZvURI {
   ZvbString path_;
   std::unique_ptr<Column[]> columns_;
   std::int32_t columnCount_ = 0;
+  bool memoryShort_ = false;
   bool hasRange_ = false;
   std::int64_t firstRow_ = 0;
   std::int64_t rowCount_ = -1;
@@ -159,6 +172,19 @@ class ReadURI final : public ZvURI {
 }  // namespace
 
 ZvURI* getURIFromURIString(const ZvbString& text) noexcept {
+  bool ignored = false;
+  return getURIFromURIString(text, &ignored);
+}
+
+ZvURI* getURIFromURIString(const ZvbString& text, bool* memoryShort) noexcept {
+  *memoryShort = false;
+  if (schemeOf(text.asView()).empty()) {
+    return nullptr;
+  }
   std::unique_ptr<ReadURI> uri(new (std::nothrow) ReadURI);
-  return uri != nullptr && uri->read(text.asView()) ? uri.release() : nullptr;
+  if (uri != nullptr && uri->read(text.asView())) {
+    return uri.release();
+  }
+  *memoryShort = uri == nullptr || uri->memoryShort();
+  return nullptr;
 }

@@ -49,3 +49,5 @@ class ZVB_API ZvURI {
 /// Null when the text is no URI, or one of a work table with a malformed escape, number or
 /// parameter, and when memory is short. The caller releases the object. Any thread may call.
 [[nodiscard]] ZVB_API ZvURI* getURIFromURIString(const ZvbString& text) noexcept;
+/// The same; *memoryShort tells whether that is why there is none.
+[[nodiscard]] ZVB_API ZvURI* getURIFromURIString(const ZvbString& text, bool* memoryShort) noexcept;

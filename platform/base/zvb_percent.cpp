@@ -82,5 +82,9 @@ bool zvbDecodePercent(std::string_view text, ZvbString* decoded) noexcept {
     appender.add(static_cast<char>(byte));
     i += 2;
   }
-  return appender.flush();
+  if (!appender.flush()) {
+    *decoded = ZvbString::outOfMemory();
+    return false;
+  }
+  return true;
 }

@@ -10,5 +10,5 @@
 void zvbAppendEncoded(std::string_view text, ZvbString* target, bool* failed) noexcept;
 
 /// Puts `text` with its escapes resolved into *decoded. False when an escape is malformed or stands
-/// for a zero byte, and when memory is short.
+/// for a zero byte, and when memory is short, as *decoded then tells.
 [[nodiscard]] bool zvbDecodePercent(std::string_view text, ZvbString* decoded) noexcept;

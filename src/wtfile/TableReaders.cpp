@@ -22,7 +22,11 @@ using BuiltHandle = std::unique_ptr<ZvWorkTableURI, Release>;
 }  // namespace
 
 bool ZVWTFileImpl::openFromURI(const ZvbString& text, bool backwards) noexcept {
-  const ReadHandle uri(getURIFromURIString(text));
+  bool memoryShort = false;
+  const ReadHandle uri(getURIFromURIString(text, &memoryShort));
+  if (memoryShort) {
+    return fail(WT_MESSAGE(outOfMemory, "(work table URI)"));
+  }
   if (uri == nullptr) {
     return openWithColumnNames(text, -1, nullptr, nullptr, backwards);
   }
