@@ -146,10 +146,38 @@ struct Bench {
   std::int64_t targetRows = 0;
 };
 
-/// About how long children take; adapted so that some end before they are killed, and most do not.
+/// How long children are left alone behind a stage that they have told, in seconds; adapted so that
+/// about half of them come to the next one.
 struct Times {
-  double all = 0.001;  // seconds, from the start on
-  double close = 0.0002;
+  double behind[stageCount] = {0.0005, 0.0005, 0.0002, 0};
+};
+
+/// How many children of each kind were killed in each stage.
+struct Kills {
+  int counts[std::size(works)][stageCount] = {};
+
+  /// Copies do not tell when they write.
+  [[nodiscard]] bool areEverywhere() const {
+    for (const Work work : works) {
+      for (const Stage stage : {starting, writing, closing, closed}) {
+        if (counts[static_cast<int>(work)][stage] == 0 &&
+            !(work == Work::copy && stage == writing)) {
+          return false;
+        }
+      }
+    }
+    return true;
+  }
+
+  void print() const {
+    for (const Work work : works) {
+      std::cout << workNames[static_cast<int>(work)] << ':';
+      for (const Stage stage : {starting, writing, closing, closed}) {
+        std::cout << ' ' << stageNames[stage] << ' ' << counts[static_cast<int>(work)][stage];
+      }
+      std::cout << '\n';
+    }
+  }
 };
 
 class KilledWriters : public TableTest {
@@ -256,29 +284,27 @@ class KilledWriters : public TableTest {
     }
   }
 
-  /// Kills a child at a moment between its start, or its close, and about its end; the last note.
+  /// Kills a child at a random moment behind one of its stages; the last note.
   Note killSomewhere(Work work, const Shape& shape, const Bench& bench, Times* times) {
-    const bool inClose = below(2) == 0;
-    double* const time = inClose ? &times->close : &times->all;
-    const double delay = std::uniform_real_distribution<double>(0, *time)(random_);
+    const auto stage = static_cast<Stage>(below(closed));
+    double* const time = &times->behind[stage];
+    const std::chrono::duration<double> delay(
+        std::uniform_real_distribution<double>(0, *time)(random_));
+    constexpr std::chrono::duration<double> sleepsLonger(0.001);  // than it is told to
     ChildProcess child(working(work, shape, bench));
     Note last;
-    std::optional<Note> note = child.next();
-    for (; note && inClose && note->stage < closing; note = child.next()) {
-      last = *note;
-    }
-    last = note.value_or(last);
-    const auto moment = std::chrono::steady_clock::now() + std::chrono::duration<double>(delay);
-    if (delay > 0.001) {  // a sleep takes longer than it is told to
-      std::this_thread::sleep_for(std::chrono::duration<double>(delay - 0.001));
-    }
+    do {
+      last = child.next().value_or(Note{.stage = closed});
+    } while (last.stage >= 0 && last.stage < stage);
+    const auto moment = std::chrono::steady_clock::now() + delay;
+    std::this_thread::sleep_for(delay - sleepsLonger);
     while (std::chrono::steady_clock::now() < moment) {
     }
     child.end();
-    while ((note = child.next())) {
+    while (const std::optional<Note> note = child.next()) {
       last = *note;
     }
-    *time *= last.stage == closed ? 0.95 : 1.02;
+    *time *= last.stage > stage ? 0.95 : 1.05;
     return last;
   }
 
@@ -318,14 +344,13 @@ class KilledWriters : public TableTest {
 };
 
 TEST_F(KilledWriters, LoseNothingThatTheyClosedAndNothingThatWasThere) {
-  constexpr std::size_t workCount = std::size(works);
   Bench benches[std::size(shapes)];
-  Times times[std::size(shapes)][workCount];
-  int stages[workCount][stageCount] = {};
-  const int kills = killCount * testEffort();
-  for (int i = 0; i < kills && !HasFailure(); ++i) {
+  Times times[std::size(shapes)][std::size(works)];
+  Kills kills;
+  const int least = killCount * testEffort();
+  for (int i = 0; (i < least || (i < 4 * least && !kills.areEverywhere())) && !HasFailure(); ++i) {
     const std::size_t kind = shapeNumbers[below(std::size(shapeNumbers))];
-    const std::size_t work = below(workCount);
+    const std::size_t work = below(std::size(works));
     const Shape& shape = shapes[kind];
     Bench& bench = benches[kind];
     SCOPED_TRACE("seed " + std::to_string(seed_) + ", kill " + std::to_string(i) + ", shape " +
@@ -333,7 +358,7 @@ TEST_F(KilledWriters, LoseNothingThatTheyClosedAndNothingThatWasThere) {
     renew(shape, &bench);
     const Note last = killSomewhere(works[work], shape, bench, &times[kind][work]);
     ASSERT_GE(last.stage, 0) << last.text;
-    ++stages[work][last.stage];
+    ++kills.counts[work][last.stage];
     SCOPED_TRACE(stageNames[last.stage]);
 
     const bool isAppend = works[work] == Work::append;
@@ -357,15 +382,8 @@ TEST_F(KilledWriters, LoseNothingThatTheyClosedAndNothingThatWasThere) {
       EXPECT_TRUE(manager->deleteTable(last.text, &error)) << error.asCstr();
     }
   }
-  for (std::size_t work = 0; work < workCount; ++work) {
-    std::cout << workNames[work] << ':';
-    for (int stage = 0; stage < stageCount; ++stage) {
-      std::cout << ' ' << stageNames[stage] << ' ' << stages[work][stage];
-      EXPECT_TRUE(stages[work][stage] > 0 || (works[work] == Work::copy && stage == writing))
-          << workNames[work] << " was never killed when it was " << stageNames[stage];
-    }
-    std::cout << '\n';
-  }
+  kills.print();
+  EXPECT_TRUE(kills.areEverywhere());
 }
 
 /// Elements of a table that is being written are closed, and nothing names them, while files that
@@ -378,7 +396,7 @@ TEST_F(KilledWriters, AreToldFromLivingOnes) {
   for (int round = 0; round < 10 * testEffort() && !HasFailure(); ++round) {
     SCOPED_TRACE("seed " + std::to_string(seed_) + ", round " + std::to_string(round));
     std::vector<std::string> tables;
-    Times times{.all = 0.01, .close = 0.01};
+    Times times;
     const Note killed = killSomewhere(Work::create, shape, bench, &times);
     if (judgeCreation(killed, shape, bench)) {
       tables.emplace_back(killed.text);
