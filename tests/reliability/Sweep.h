@@ -1,0 +1,73 @@
+/// Runs an operation again and again, each time with something else that fails.
+#pragma once
+
+#include <cstdio>
+
+#include "reliability/Operations.h"
+#include "support/TestEffort.h"
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr bool isSanitized = true;
+#else
+inline constexpr bool isSanitized = false;
+#endif
+
+class Sweep {
+ public:
+  explicit Sweep(const Operation& operation) : operation_(operation) {
+    EXPECT_TRUE(world_.attempt(operation)) << world_.error.asCstr();
+    expected_ = world_.results();
+    settle(true, {});
+  }
+
+ protected:
+  /// Visits the points 0, 1, ... of one kind, or under a sanitizer every few of them, until `visit`
+  /// says that there are no more.
+  template <typename Visit>
+  void forEachPoint(const Visit& visit) {
+    const std::int64_t stride = isSanitized ? std::max(1, 13 / testEffort()) : 1;
+    std::int64_t point = visited_ % stride;  // not always the same ones
+    while (visit(point)) {
+      point += stride;
+      ++visited_;
+    }
+  }
+
+  /// After a run: all has to be as it was or as it was to become, and once the trouble is over the
+  /// operation passes.
+  void settle(bool passed, const Disturbance& disturbance) {
+    if (passed) {
+      EXPECT_EQ(expected_, world_.results());
+    }
+    world_.expectWhole(operation_, passed, disturbance);
+    if (!passed && world_.canRepeat(operation_)) {
+      EXPECT_TRUE(world_.attempt(operation_)) << world_.error.asCstr();
+      EXPECT_EQ(expected_, world_.results());
+      world_.expectWhole(operation_, true, {});
+    }
+    world_.putBack(operation_, disturbance);
+  }
+
+  [[nodiscard]] const Operation& operation() const { return operation_; }
+  [[nodiscard]] World& world() { return world_; }
+  [[nodiscard]] std::int64_t visited() const { return visited_; }
+
+ private:
+  const Operation& operation_;
+  World world_;
+  Lines expected_;
+  std::int64_t visited_ = 0;
+};
+
+/// Makes a sweep of that kind over each operation, and tells how many points there were.
+template <typename SweepKind>
+void sweepAllOperations(const char* what) {
+  std::int64_t points = 0;
+  for (const Operation& operation : allOperations()) {
+    const std::int64_t found = SweepKind(operation).run();
+    std::printf("%6lld  %s\n", static_cast<long long>(found), operation.name);
+    points += found;
+  }
+  std::printf("%6lld  %s\n", static_cast<long long>(points), what);
+  testing::Test::RecordProperty("points", std::to_string(points));
+}
