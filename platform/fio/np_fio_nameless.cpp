@@ -30,6 +30,10 @@ bool appendRandomName(char* end) noexcept {
   return true;
 }
 
+constexpr bool isTaken(int status) noexcept {
+  return status == npFioExists || status == npFioInUse;
+}
+
 }  // namespace
 
 int fioSystem::createUnderRandomName(const char* directory, const char* prefix, char* path,
@@ -42,7 +46,7 @@ int fioSystem::createUnderRandomName(const char* directory, const char* prefix, 
   }
   std::memcpy(name.data(), prefix, prefixLength);
   int status = npFioExists;
-  for (int attempt = 0; attempt < attempts && status == npFioExists; ++attempt) {
+  for (int attempt = 0; attempt < attempts && isTaken(status); ++attempt) {
     if (!appendRandomName(name.data() + prefixLength)) {
       return npFioInputOutput;
     }

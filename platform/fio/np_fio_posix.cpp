@@ -102,7 +102,7 @@ int lockForOnlyWriter(File file) noexcept {
 int lockNewFile(File file) noexcept {
   const int status = lockForOnlyWriter(file);
   if (status != npFioSuccess) {
-    return status == npFioInUse ? npFioExists : status;
+    return status;
   }
   struct stat found;
   if (fstat(descriptor(file), &found) != 0) {

@@ -19,7 +19,7 @@ using File = std::intptr_t;
 /// Opens an existing regular file in one of the modes of NpFioMode.
 [[nodiscard]] int open(const char* path, NpFioMode mode, File* file) noexcept;
 /// Makes a file that did not exist, for this user alone, and opens it as its only writer. When that
-/// fails no file is left behind; npFioExists asks for another name.
+/// fails no file is left behind; npFioExists and npFioInUse ask for another name.
 [[nodiscard]] int create(const char* path, File* file) noexcept;
 /// Makes and opens a file in `directory` that is under no name by the time this returns, and gone
 /// when it is closed.
