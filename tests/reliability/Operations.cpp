@@ -27,8 +27,8 @@ std::vector<Row> mixedRows() {
 
 std::vector<Row> textRows() {
   std::vector<Row> rows;
-  for (const std::size_t size : {100, 140'000, 0, 30'000, 5}) {
-    rows.push_back(row({std::string(size, 'x')}));
+  for (const int size : {100, 140'000, 0, 30'000, 5}) {
+    rows.push_back(row({std::string(static_cast<std::size_t>(size), 'x')}));
   }
   return rows;
 }
