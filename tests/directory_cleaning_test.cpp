@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "support/Bytes.h"
+#include "support/OrdinaryUser.h"
 #include "support/ShortMemory.h"
 #include "support/TableFixture.h"
 #include "wtfile/ZVWTFileImpl.h"
@@ -167,18 +168,25 @@ TEST_F(DirectoryCleaningTest, LooksForNamesInAllDirectories) {
 }
 
 TEST_F(DirectoryCleaningTest, LeavesWhatItsUserMayNotWrite) {
-  if (geteuid() == 0) {
-    GTEST_SKIP() << "root may write everything";
-  }
   const std::string table = makeCountingTable(3, 1);
   const std::string orphan = leave("zvwte_");
-  ASSERT_EQ(chmod(directory.file(table).c_str(), 0), 0);
-  EXPECT_EQ(clean(), Names());
-  ASSERT_EQ(chmod(directory.file(table).c_str(), 0600), 0);
-  ASSERT_EQ(chmod(directory.path().c_str(), 0500), 0);
-  EXPECT_EQ(clean(), Names{orphan + "?"});
-  ASSERT_EQ(chmod(directory.path().c_str(), 0700), 0);
-  EXPECT_EQ(clean(), Names{orphan});
+  Names files = {directory.path()};
+  for (const std::string& name : directory.names()) {
+    files.push_back(directory.file(name));
+  }
+  for (const std::string& file : files) {
+    ASSERT_TRUE(geteuid() != 0 || chown(file.c_str(), ordinaryUser, ordinaryUser) == 0) << file;
+  }
+  const bool passed = passesForOrdinaryUser([&] {
+    ASSERT_EQ(chmod(directory.file(table).c_str(), 0), 0);
+    EXPECT_EQ(clean(), Names());
+    ASSERT_EQ(chmod(directory.file(table).c_str(), 0600), 0);
+    ASSERT_EQ(chmod(directory.path().c_str(), 0500), 0);
+    EXPECT_EQ(clean(), Names{orphan + "?"});
+    ASSERT_EQ(chmod(directory.path().c_str(), 0700), 0);
+    EXPECT_EQ(clean(), Names{orphan});
+  });
+  EXPECT_TRUE(passed);
 }
 
 TEST_F(DirectoryCleaningTest, RemovesNoElementsWithoutMemoryAndEndsWhenToldTo) {

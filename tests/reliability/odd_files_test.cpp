@@ -1,12 +1,10 @@
 /// What is no file, or not one's own, where a table expects its files; names that lead elsewhere;
 /// directories that refuse. Each operation gives the reason, and nothing outside is touched.
 
-#include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <functional>
@@ -16,6 +14,7 @@
 #include "fio/np_fio.h"
 #include "support/Bytes.h"
 #include "support/OpenFiles.h"
+#include "support/OrdinaryUser.h"
 #include "support/TableFixture.h"
 
 namespace {
@@ -380,23 +379,6 @@ TEST_F(OddFiles, InAListOfDirectoriesArePassedOver) {
     EXPECT_EQ(notOpened, messageId(error)) << error.asCstr();
   }
   fs::current_path(before);
-}
-
-/// Runs as an ordinary user, for whom permissions count; what fails is printed. True if nothing
-/// has.
-bool passesForOrdinaryUser(const std::function<void()>& test) {
-  constexpr uid_t nobody = 65534;
-  const pid_t child = fork();
-  if (child == 0) {
-    const bool became = geteuid() != 0 ||
-                        (setgroups(0, nullptr) == 0 && setgid(nobody) == 0 && setuid(nobody) == 0);
-    EXPECT_TRUE(became);
-    test();
-    _exit(testing::Test::HasFailure() ? 1 : 0);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return status == 0;
 }
 
 /// Directories, and files in them, that belong to someone else, if this runs as root, or that are
