@@ -605,6 +605,27 @@ bool useFunctions(World& world) {
   return (done && step == 1) || world.saidByValue || world.failed(cursor->errorMessage());
 }
 
+/// Files as killed processes leave them, one of each kind.
+void leaveOrphans(World& world) {
+  for (const char* prefix : {"zvwt_", "zvwte_", "zvwtei_", "zvwork_"}) {
+    (void)world.directory.write(std::string(prefix) + "0123456789abcdef", "");
+  }
+}
+
+/// What cannot be looked at is kept, so it may pass without having removed all; a catalogue that
+/// seems damaged is told of without being a failure.
+bool clean(World& world) {
+  const auto take = [](const ZvwtOrphan* orphan, void* context) {
+    const ZvbString problem(orphan->problem);
+    if (messageId(problem) != 0) {
+      static_cast<World*>(context)->error = problem;
+    }
+    return true;
+  };
+  return zvwtCleanDirectories(world.manager.get(), 0, true, take, &world, &world.error) &&
+         world.error.isEmpty();
+}
+
 constexpr auto source = &World::source;
 constexpr auto longSource = &World::longSource;
 constexpr auto target = &World::target;
@@ -642,6 +663,7 @@ constexpr Operation operations[] = {
     {"measure", measureTable},
     {"check", check<source>},
     {"check long texts", check<longSource>},
+    {.name = "clean", .run = clean, .prepare = leaveOrphans, .mayLeave = true},
     {"tell the URI", describeTable},
     {"tell as XML", tableAsXml},
     {.name = "use a cursor", .run = useCursor, .mayLeave = true},

@@ -1,5 +1,6 @@
 #include "reliability/SystemFaults.h"
 
+#include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -157,6 +158,21 @@ int fstat(int descriptor, struct stat* found) noexcept {
 int lstat(const char* path, struct stat* found) noexcept {
   static auto* const real = systems(&::lstat, "lstat");
   return strikes(call::describe, path) ? -1 : real(path, found);
+}
+
+int statx(int directory, const char* path, int flags, unsigned mask, struct statx* found) noexcept {
+  static auto* const real = systems(&::statx, "statx");
+  return strikes(call::describe, path) ? -1 : real(directory, path, flags, mask, found);
+}
+
+DIR* opendir(const char* path) {
+  static auto* const real = systems(&::opendir, "opendir");
+  return strikes(call::list, path) ? nullptr : real(path);
+}
+
+dirent* readdir(DIR* directory) {
+  static auto* const real = systems(&::readdir, "readdir");
+  return strikes(call::list, "") ? nullptr : real(directory);
 }
 
 int ftruncate(int descriptor, off_t size) noexcept {

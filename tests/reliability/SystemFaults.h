@@ -11,7 +11,7 @@ inline constexpr unsigned close = 1U << 1;
 inline constexpr unsigned read = 1U << 2;
 inline constexpr unsigned write = 1U << 3;
 inline constexpr unsigned size = 1U << 4;      // fstat
-inline constexpr unsigned describe = 1U << 5;  // lstat
+inline constexpr unsigned describe = 1U << 5;  // lstat, statx
 inline constexpr unsigned truncate = 1U << 6;
 inline constexpr unsigned unlink = 1U << 7;
 inline constexpr unsigned lock = 1U << 8;
@@ -20,7 +20,8 @@ inline constexpr unsigned fileSystem = 1U << 10;
 inline constexpr unsigned advise = 1U << 11;
 inline constexpr unsigned limit = 1U << 12;  // getrlimit
 inline constexpr unsigned random = 1U << 13;
-inline constexpr unsigned all = (1U << 14) - 1;
+inline constexpr unsigned list = 1U << 14;  // opendir, readdir
+inline constexpr unsigned all = (1U << 15) - 1;
 }  // namespace call
 
 struct Fault {

@@ -15,9 +15,8 @@ constexpr uid_t ordinaryUser = 65534;  // nobody
 inline bool passesForOrdinaryUser(const std::function<void()>& test) {
   const pid_t child = fork();
   if (child == 0) {
-    const bool became =
-        geteuid() != 0 || (setgroups(0, nullptr) == 0 && setgid(ordinaryUser) == 0 &&
-                           setuid(ordinaryUser) == 0);
+    const bool became = geteuid() != 0 || (setgroups(0, nullptr) == 0 &&
+                                           setgid(ordinaryUser) == 0 && setuid(ordinaryUser) == 0);
     EXPECT_TRUE(became);
     test();
     _exit(testing::Test::HasFailure() ? 1 : 0);
