@@ -74,13 +74,21 @@ class FileWithModel {
   void doSomething() {
     using Operation = void (FileWithModel::*)();
     constexpr std::array<Operation, 14> operations = {
-        &FileWithModel::read,     &FileWithModel::read,    &FileWithModel::read,
-        &FileWithModel::write,    &FileWithModel::write,   &FileWithModel::peek,
-        &FileWithModel::peek,     &FileWithModel::seek,    &FileWithModel::seek,
-        &FileWithModel::seek,     &FileWithModel::reserve, &FileWithModel::flush,
-        &FileWithModel::truncate, &FileWithModel::reopen};
+        &FileWithModel::read,      &FileWithModel::read,      &FileWithModel::read,
+        &FileWithModel::writeSome, &FileWithModel::writeSome, &FileWithModel::peek,
+        &FileWithModel::peek,      &FileWithModel::seek,      &FileWithModel::seek,
+        &FileWithModel::seek,      &FileWithModel::reserve,   &FileWithModel::flush,
+        &FileWithModel::truncate,  &FileWithModel::reopen};
     (this->*operations[random_() % operations.size()])();
   }
+
+  void write(std::size_t size) {
+    const std::string text = randomText(random_, size);
+    ASSERT_EQ(putText(file_.get(), text), static_cast<int>(text.size()));
+    writeToModel(text);
+  }
+
+  void flush() { ASSERT_EQ(np_fio_bufmode(file_.get(), 0), npFioSuccess); }
 
   void reopen() {
     file_.reset();
@@ -94,6 +102,8 @@ class FileWithModel {
     constexpr std::array<std::size_t, 8> sizes = {1, 50, 50, 1000, 1000, 5000, 40'000, 400'000};
     return 1 + random_() % std::min(most, sizes[random_() % sizes.size()]);
   }
+
+  void writeSome() { write(someSize(400'000)); }
 
   void read() {
     const std::size_t size = someSize(400'000);
@@ -113,12 +123,6 @@ class FileWithModel {
       np_fio_consume(file_.get(), static_cast<int>(consumed));
       position_ += consumed;
     }
-  }
-
-  void write() {
-    const std::string text = randomText(random_, someSize(400'000));
-    ASSERT_EQ(putText(file_.get(), text), static_cast<int>(text.size()));
-    writeToModel(text);
   }
 
   void reserve() {
@@ -151,8 +155,6 @@ class FileWithModel {
     position_ = target < 0 ? position_ : static_cast<std::size_t>(target);
   }
 
-  void flush() { ASSERT_EQ(np_fio_bufmode(file_.get(), 0), npFioSuccess); }
-
   void truncate() {
     ASSERT_EQ(np_fio_trunc(file_.get()), npFioSuccess);
     content_.resize(position_);
@@ -176,6 +178,20 @@ TEST(FileBuffer, BehavesLikeBytesInMemory) {
     }
     file.reopen();
   }
+}
+
+/// Space is looked for a mebibyte at a time, and a large piece goes past the buffer and that space.
+TEST(FileBuffer, TakesOnePieceBehindTheOther) {
+  const TemporaryDirectory directory(memoryDirectory());  // where none is reserved ahead
+  FileWithModel file(directory.file("model"), 4);
+  for (const std::size_t pieces : {1000U, 200U}) {
+    for (std::size_t i = 0; i < pieces && !testing::Test::HasFatalFailure(); ++i) {
+      file.write(1000);
+    }
+    file.flush();
+    file.write(300'000);
+  }
+  file.reopen();
 }
 
 /// What the system counts for this process; `name` is "syscr" for read calls, "rchar" for bytes.

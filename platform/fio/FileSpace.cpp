@@ -32,9 +32,12 @@ constexpr std::int64_t roundUp(std::int64_t value, std::int64_t unit) noexcept {
 }  // namespace
 
 int FileSpace::assure(fioSystem::File file, std::int64_t offset, std::int64_t size) noexcept {
-  if (offset + size <= endFrom(offset)) {
+  const std::int64_t assured = std::max<std::int64_t>(endFrom(offset) - offset, 0);
+  if (size <= assured) {
     return npFioSuccess;
   }
+  offset += assured;
+  size -= assured;
   const fioSystem::Room room = fioSystem::room(file);
   if (size > room.sizeLimit - offset) {
     return npFioDiskFull;

@@ -156,8 +156,8 @@ bool makeRoom(OpenFile& file, std::size_t size) noexcept {
   if (unwritten(file) + size > bufferSize && !flush(file)) {
     return false;
   }
-  const int status =
-      file.space.assure(file.system, position(file), static_cast<std::int64_t>(size));
+  const auto held = static_cast<std::int64_t>(unwritten(file) + size);
+  const int status = file.space.assure(file.system, file.beginOffset, held);
   offerRoom(file);
   return status == npFioSuccess || fail(file, status);
 }
@@ -284,6 +284,7 @@ std::size_t writePastBuffer(OpenFile& file, const unsigned char* bytes, std::siz
   int status = npFioSuccess;
   const std::size_t done = writeAll(file, bytes, size, file.beginOffset, &status);
   file.beginOffset += static_cast<std::int64_t>(done);
+  offerRoom(file);
   if (done < size) {
     file.status = status;
   }
