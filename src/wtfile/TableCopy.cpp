@@ -47,7 +47,7 @@ bool ZVWTFileImpl::flushRows(bool copied) noexcept {
   if (current_ == nullptr || current_->flush()) {
     return copied;
   }
-  ZvbString cause = copied ? current_->getErrorMessage() : std::move(errorMessage_);
+  ZvbString cause = copied ? current_->getErrorMessage() : errorMessage_;
   rowRefused_ = true;
   return fail(std::move(cause));
 }
