@@ -19,7 +19,7 @@ using Lines = std::vector<std::string>;
 
 class SortedTable : public TableTest {
  protected:
-  TableHandle createSorted(const std::vector<Column>& columns, const SortKeys& keys,
+  TableHandle createSorted(const std::vector<Column>& columns, const KeySettings& keys,
                            std::int64_t maxElementSize = 0) {
     TableHandle table(manager->createTable(static_cast<int>(columns.size()),
                                            static_cast<int>(keys.size()), maxElementSize, &error));
@@ -75,8 +75,8 @@ TEST_F(SortedTable, HasTheBytesOfATableWrittenInOrder) {
   }
   HardValues values(1);
   for (std::uint32_t plan = 0; plan < 20; ++plan) {
-    const SortKeys keys = {{plan % 5, values.coin(), values.below(4)},
-                           {values.below(5), values.coin(), values.below(4)}};
+    const KeySettings keys = {{plan % 5, values.coin(), values.below(4)},
+                              {values.below(5), values.coin(), values.below(4)}};
     std::vector<Record> records(400, Record(6));
     for (std::size_t i = 0; i < records.size(); ++i) {
       for (std::size_t column = 0; column < 5; ++column) {
@@ -160,7 +160,7 @@ TEST_F(SortedTable, NeedsNeitherRowsNorKeysThatAreSet) {
 
 TEST_F(SortedTable, RefusesWrongKeysWithTheFirstRowAndTakesThemCorrected) {
   struct Case {
-    SortKey key;
+    KeySetting key;
     std::uint64_t memory;
     int id;
     const char* named;

@@ -32,7 +32,7 @@ ManagerOwner makeManager(const std::string& directories) {
   return manager;
 }
 
-SorterOwner makeSorter(ZvDatafileManager& manager, const Types& types, const SortKeys& keys,
+SorterOwner makeSorter(ZvDatafileManager& manager, const Types& types, const KeySettings& keys,
                        std::uint32_t options = allOptions) {
   EXPECT_TRUE(manager.setColumnCount(static_cast<std::int32_t>(types.size())));
   for (std::size_t i = 0; i < types.size(); ++i) {
@@ -164,7 +164,8 @@ class Sorter : public testing::Test {
     ASSERT_EQ(zvDatafileNoMoreRecords, sorter.nextRecord(0));
   }
 
-  void expectSorted(const std::vector<Record>& records, const Types& types, const SortKeys& keys) {
+  void expectSorted(const std::vector<Record>& records, const Types& types,
+                    const KeySettings& keys) {
     const SorterOwner sorter = makeSorter(*manager, types, keys);
     for (const Record& record : records) {
       add(*sorter, record);
@@ -205,7 +206,7 @@ TEST_P(SorterMatrix, GivesTheOrderOfAPlainStableSort) {
   for (int plan = 0; plan < 40; ++plan) {
     const Types types = {allTypes[plan % 5], allTypes[values.below(5)], allTypes[values.below(5)],
                          zvbTypeString, zvbTypeInteger};
-    SortKeys keys = {{0, plan / 5 % 2 != 0, static_cast<std::uint64_t>(plan) / 10}};
+    KeySettings keys = {{0, plan / 5 % 2 != 0, static_cast<std::uint64_t>(plan) / 10}};
     while (keys.size() < 3 && values.coin()) {
       keys.push_back({values.below(3), values.coin(), values.below(4)});
     }

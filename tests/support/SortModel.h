@@ -16,12 +16,12 @@
 
 #include "support/TableFixture.h"
 
-struct SortKey {
+struct KeySetting {
   std::uint32_t column;
   bool descending = false;
   std::uint64_t value = 0;  // 1: ignore case, 2: nulls last, 3: both
 };
-using SortKeys = std::vector<SortKey>;
+using KeySettings = std::vector<KeySetting>;
 using Types = std::vector<zvbType>;
 using Record = std::vector<ZvbDatavar>;
 
@@ -58,7 +58,8 @@ inline int orderOf(const ZvbString& a, const ZvbString& b, bool ignoreCase) {
 }
 
 /// Above 0 when `a` stands behind `b`.
-inline int orderByKey(const ZvbDatavar& a, const ZvbDatavar& b, zvbType type, const SortKey& key) {
+inline int orderByKey(const ZvbDatavar& a, const ZvbDatavar& b, zvbType type,
+                      const KeySetting& key) {
   const KeyValue first = keyValue(a, type);
   const KeyValue second = keyValue(b, type);
   if (first.index() == 0 || second.index() == 0) {
@@ -79,9 +80,9 @@ inline int orderByKey(const ZvbDatavar& a, const ZvbDatavar& b, zvbType type, co
 }
 
 inline std::vector<Record> modelSort(std::vector<Record> records, const Types& types,
-                                     const SortKeys& keys) {
+                                     const KeySettings& keys) {
   std::stable_sort(records.begin(), records.end(), [&](const Record& a, const Record& b) {
-    for (const SortKey& key : keys) {
+    for (const KeySetting& key : keys) {
       const int order = orderByKey(a[key.column], b[key.column], types[key.column], key);
       if (order != 0) {
         return order < 0;
