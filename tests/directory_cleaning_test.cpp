@@ -167,6 +167,22 @@ TEST_F(DirectoryCleaningTest, LooksForNamesInAllDirectories) {
   EXPECT_EQ(messageId(error), 1353);
 }
 
+TEST_F(DirectoryCleaningTest, KeepsWhatCopiesOfATableHave) {
+  const std::string name = makeCountingTable(3, 1);
+  const TemporaryDirectory copy;
+  for (const std::string& file : directory.names()) {
+    std::filesystem::copy(directory.file(file), copy.file(file));
+  }
+  manager = makeManager(copy.path());
+  EXPECT_TRUE(manager->appendTable(name.c_str(), makeCountingTable(1).c_str(), &error));
+  const std::string orphan = leave("zvwte_");
+  std::filesystem::copy(directory.file(orphan), copy.file(orphan));
+  manager = makeManager(directory.path() + ':' + copy.path());
+  EXPECT_EQ(clean(), (Names{orphan, orphan}));
+  manager = makeManager(copy.path());
+  EXPECT_EQ(readTable(name).size(), 4U);
+}
+
 TEST_F(DirectoryCleaningTest, LeavesWhatItsUserMayNotWrite) {
   const std::string table = makeCountingTable(3, 1);
   const std::string orphan = leave("zvwte_");

@@ -73,6 +73,8 @@ struct np_fio_stat {
   std::int64_t modifiedTime;  // nanoseconds since 1970-01-01 UTC
   std::uint32_t owner;        // the number of the user
   bool isRegular;
+  std::uint64_t device;  // paths with the same device and number lead to the same file
+  std::uint64_t number;
 };
 
 /// Writes the system's temporary directory, at most `size` bytes with its terminator.

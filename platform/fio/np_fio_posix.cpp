@@ -275,7 +275,12 @@ int stat(const char* path, np_fio_stat* info) noexcept {
   if (lstat(path, &found) != 0) {
     return statusOf(errno);
   }
-  *info = {found.st_size, nanoseconds(found.st_mtim), found.st_uid, S_ISREG(found.st_mode)};
+  *info = {.size = found.st_size,
+           .modifiedTime = nanoseconds(found.st_mtim),
+           .owner = found.st_uid,
+           .isRegular = S_ISREG(found.st_mode),
+           .device = found.st_dev,
+           .number = found.st_ino};
   return npFioSuccess;
 }
 

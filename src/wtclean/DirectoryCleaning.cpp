@@ -102,7 +102,7 @@ struct DirectoryCleaning::Listing {
   bool isComplete;
 };
 
-/// What is found is sorted by its name. A directory may stand in the list twice.
+/// What is found is sorted by its name.
 bool DirectoryCleaning::list(bool catalogues, Files* files) noexcept {
   for (int i = 0; i < directories_.count(); ++i) {
     Listing listing = {
@@ -118,12 +118,38 @@ bool DirectoryCleaning::list(bool catalogues, Files* files) noexcept {
   std::sort(files->begin(), files->end(), [](const File& left, const File& right) {
     return std::string_view(left.name) < right.name;
   });
-  File* const end =
-      std::unique(files->begin(), files->end(), [](const File& left, const File& right) {
-        return std::string_view(left.name) == right.name;
-      });
-  files->truncate(static_cast<std::size_t>(end - files->begin()));
+  dropRepeated(files);
   return true;
+}
+
+/// A directory may stand in the list twice, under one path or several. Files that only have the
+/// same name stay: one may be a copy, and each catalogue keeps what it names.
+void DirectoryCleaning::dropRepeated(Files* files) const noexcept {
+  File* end = files->begin();
+  for (const File& file : *files) {
+    const File* other = end;
+    bool isRepeated = false;
+    while (!isRepeated && other != files->begin() &&
+           std::string_view((other - 1)->name) == file.name) {
+      --other;
+      isRepeated = isSame(*other, file);
+    }
+    if (!isRepeated) {
+      *end++ = file;
+    }
+  }
+  files->truncate(static_cast<std::size_t>(end - files->begin()));
+}
+
+bool DirectoryCleaning::isSame(const File& left, const File& right) const noexcept {
+  char leftPath[npFioPathSize];
+  char rightPath[npFioPathSize];
+  np_fio_stat leftInfo;
+  np_fio_stat rightInfo;
+  return joinPath(left, leftPath) && joinPath(right, rightPath) &&
+         np_fio_stat64(leftPath, &leftInfo) == npFioSuccess &&
+         np_fio_stat64(rightPath, &rightInfo) == npFioSuccess &&
+         leftInfo.device == rightInfo.device && leftInfo.number == rightInfo.number;
 }
 
 bool DirectoryCleaning::takeName(const char* name, void* listing) noexcept {
@@ -178,11 +204,11 @@ bool DirectoryCleaning::readNames(const char* path, np_fio_handle file,
 
 void DirectoryCleaning::keepNamed(const char* name, void* cleaning) noexcept {
   Files& files = static_cast<DirectoryCleaning*>(cleaning)->files_;
-  File* const found = std::lower_bound(
+  File* const first = std::lower_bound(
       files.begin(), files.end(), std::string_view(name),
       [](const File& file, std::string_view wanted) { return file.name < wanted; });
-  if (found != files.end() && std::string_view(found->name) == name) {
-    found->isKept = true;
+  for (File* file = first; file != files.end() && std::string_view(file->name) == name; ++file) {
+    file->isKept = true;
   }
 }
 

@@ -54,6 +54,8 @@ class DirectoryCleaning {
   bool fail(ZvbString text) noexcept;
   bool list(bool catalogues, Files* files) noexcept;
   static bool takeName(const char* name, void* listing) noexcept;
+  void dropRepeated(Files* files) const noexcept;
+  [[nodiscard]] bool isSame(const File& left, const File& right) const noexcept;
   [[nodiscard]] bool joinPath(const File& file, char (&path)[npFioPathSize]) const noexcept;
 
   bool readCatalogues() noexcept;
