@@ -111,8 +111,9 @@ using ZvwtOrphanTaker = bool (*)(const ZvwtOrphan* orphan, void* context);
 /// are left.
 ///
 /// **The manager's directories must be all those that the tables named there have elements in**: a
-/// catalogue elsewhere would not be seen, and its elements taken for orphans. An append that begins
-/// at the moment in which its table is looked at may be told that the table is in use.
+/// catalogue elsewhere, or renamed to one of no such name, would not be seen, and its elements
+/// taken for orphans. `leastAge` has to be longer than clocks differ or may be set back. An append
+/// that begins at the moment in which its table is looked at may be told that the table is in use.
 ///
 /// With `remove` false the files are found only. `taker`, which may be null, is called with
 /// `context` on the calling thread. False with the reason in *error when it cannot be told what is
