@@ -250,12 +250,13 @@ Room room(File file) noexcept {
              .blockSize = usualBlock,
              .isInMemory = false};
   struct statfs system;
-  // A file system that counts no blocks has no limit, or does not tell it.
-  if (fstatfs(descriptor(file), &system) == 0 && system.f_bsize > 0 && system.f_blocks != 0) {
-    const auto blocks = static_cast<std::uint64_t>(unlimited / system.f_bsize);
-    found.blockSize = system.f_bsize;
+  // A file system that counts no blocks has no limit, or does not tell it. It counts in fragments,
+  // where its blocks are what it likes to transfer at once.
+  if (fstatfs(descriptor(file), &system) == 0 && system.f_frsize > 0 && system.f_blocks != 0) {
+    const auto blocks = static_cast<std::uint64_t>(unlimited / system.f_frsize);
+    found.blockSize = system.f_frsize;
     found.freeBytes = static_cast<std::int64_t>(std::min<std::uint64_t>(system.f_bavail, blocks)) *
-                      system.f_bsize;
+                      system.f_frsize;
     found.isInMemory = system.f_type == TMPFS_MAGIC;
   }
   return found;
