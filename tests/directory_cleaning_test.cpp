@@ -142,6 +142,10 @@ TEST_F(DirectoryCleaningTest, KeepsWhatADamagedCatalogueMayName) {
   EXPECT_EQ(removedWith(Bytes(whole).set<std::uint32_t>(8, 0xFFFFFFFF)), kept);
   EXPECT_EQ(removedWith(Bytes(whole).set<std::uint32_t>(12, 0xFFFFFFFF)), kept);
   EXPECT_EQ(removedWith(Bytes(whole).set<std::uint16_t>(32 + 1, 15)), kept);
+  constexpr std::size_t element = 32 + 1 + 16 + sizeof "number";
+  EXPECT_EQ(removedWith(Bytes(whole).set<std::uint16_t>(element + 4, 22)), kept);
+  EXPECT_EQ(removedWith(Bytes(whole).set(element + 16, 'Z')), kept);       // of the prefix
+  EXPECT_EQ(removedWith(Bytes(whole).set(element + 16 + 22, 'x')), kept);  // for the zero byte
   // Names beyond what the catalogue counts are a killed append's.
   EXPECT_EQ(removedWith(Bytes(whole).set<std::uint32_t>(12, 2)).size(), 3U);
   EXPECT_EQ(clean(), Names{orphan});

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 
 #include "wtelem/FileFields.h"
 #include "wtelem/FileNames.h"
@@ -67,20 +68,25 @@ class Reader {
     unsigned char head[recordHeadSize];
     return get(head, recordHeadSize) &&
            pass(std::int64_t{loadField<std::uint32_t>(head, swap_)} - recordHeadSize) &&
-           readName(loadField<std::uint16_t>(head + 4, swap_)) &&
-           readName(loadField<std::uint16_t>(head + 6, swap_));
+           readName(fileNames::dataPrefix, loadField<std::uint16_t>(head + 4, swap_)) &&
+           readIndexName(loadField<std::uint16_t>(head + 6, swap_));
   }
 
-  /// A name that is longer than any that this library gives is none of its files'.
-  bool readName(int length) noexcept {
-    if (length > longestName) {
-      return pass(length);
-    }
-    char name[longestName + 1] = "";
-    if (!get(name, length)) {
+  bool readIndexName(int length) noexcept {
+    return length == 0 || readName(fileNames::indexPrefix, length);
+  }
+
+  /// A name that this library does not give is damage: it may stand for one that it has given.
+  bool readName(const char* prefix, int length) noexcept {
+    char name[longestName];
+    if (length != fileNames::sizeOf(prefix) || !get(name, length)) {
       return false;
     }
-    if (taker_ != nullptr && name[0] != '\0') {
+    const std::string_view text(name, static_cast<std::size_t>(length) - 1);
+    if (name[length - 1] != '\0' || !fileNames::isOf(prefix, text)) {
+      return false;
+    }
+    if (taker_ != nullptr) {
       taker_(name, context_);
     }
     return true;
