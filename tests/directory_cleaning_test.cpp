@@ -146,8 +146,10 @@ TEST_F(DirectoryCleaningTest, KeepsWhatADamagedCatalogueMayName) {
   EXPECT_EQ(removedWith(Bytes(whole).set<std::uint16_t>(element + 4, 22)), kept);
   EXPECT_EQ(removedWith(Bytes(whole).set(element + 16, 'Z')), kept);       // of the prefix
   EXPECT_EQ(removedWith(Bytes(whole).set(element + 16 + 22, 'x')), kept);  // for the zero byte
-  // Names beyond what the catalogue counts are a killed append's.
-  EXPECT_EQ(removedWith(Bytes(whole).set<std::uint32_t>(12, 2)).size(), 3U);
+  // Names beyond what a long catalogue counts are a killed append's.
+  const Bytes fewer = Bytes(whole).set<std::uint32_t>(12, 2);
+  EXPECT_EQ(removedWith(fewer), kept);
+  EXPECT_EQ(removedWith(Bytes(fewer).insert(whole.size(), std::string(4096, 'x'))).size(), 3U);
   EXPECT_EQ(clean(), Names{orphan});
   EXPECT_EQ(readTable(damaged).size(), 3U);
 }

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "wtelem/CatalogueLimits.h"
 #include "wtelem/FileFields.h"
 #include "wtelem/FileNames.h"
 
@@ -54,7 +55,12 @@ class Reader {
     while (columns == 0 && elements > 0 && readElement()) {
       --elements;
     }
-    return columns == 0 && elements == 0;
+    return columns == 0 && elements == 0 && isAtEnd();
+  }
+
+  /// Behind the records of a long catalogue there may be those of a killed append.
+  bool isAtEnd() noexcept {
+    return !isWrittenAtOnce(size_) || np_fio_seek64(file_, 0, npFioFromHere) == size_;
   }
 
   bool readColumn() noexcept {
