@@ -8,7 +8,6 @@
 
 #include "fio/np_fio_work.h"
 #include "wtclean/ElementNames.h"
-#include "wtelem/FileNames.h"
 #include "wtelem/messages.h"
 
 namespace {
@@ -35,6 +34,8 @@ std::int64_t latestOf(std::int64_t time) noexcept {
 bool isCatalogueName(std::string_view name) noexcept {
   return fileNames::isOf(fileNames::tablePrefix, name);
 }
+
+static_assert(fileNames::sizeOf(npFioWorkPrefix) <= fileNames::sizeOf(fileNames::indexPrefix));
 
 bool isWorkName(std::string_view name) noexcept { return fileNames::isOf(npFioWorkPrefix, name); }
 

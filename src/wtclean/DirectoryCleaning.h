@@ -25,6 +25,7 @@
 #include "fio/TempDirectories.h"
 #include "fio/np_fio.h"
 #include "wtclean/ElementNames.h"
+#include "wtelem/FileNames.h"
 #include "zvwt.h"
 
 class DirectoryCleaning {
@@ -39,7 +40,7 @@ class DirectoryCleaning {
   [[nodiscard]] const ZvbString& error() const noexcept { return error_; }
 
  private:
-  static constexpr int nameRoom = 24;  // bytes, as much as the longest name takes
+  static constexpr int nameRoom = fileNames::sizeOf(fileNames::indexPrefix);  // of the longest
 
   struct File {
     char name[nameRoom] = "";
@@ -49,7 +50,6 @@ class DirectoryCleaning {
   };
   using Files = ZvbArray<File>;
   struct Listing;
-  struct Times;
 
   bool fail(ZvbString text) noexcept;
   bool list(bool catalogues, Files* files) noexcept;
