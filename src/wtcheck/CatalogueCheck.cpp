@@ -16,11 +16,7 @@
 
 namespace {
 
-constexpr std::uint16_t byteOrderMark = 1;
 constexpr int ownVersion = 100;  // in hundredths
-constexpr int highestMajorVersion = 1;
-constexpr int fixedPartSize = 32;  // bytes
-constexpr int recordHeadSize = 16;
 
 /// The fewest bytes that an element's record and a column's take.
 constexpr std::int64_t leastElementSize = recordHeadSize + fileNames::sizeOf(fileNames::dataPrefix);
@@ -120,8 +116,8 @@ bool CatalogueCheck::hasRoomFor(std::uint32_t count, const char* what, std::int6
 // ---- The fixed part
 
 bool CatalogueCheck::checkFixedPart() noexcept {
-  unsigned char bytes[fixedPartSize] = {};
-  if (!readPart(bytes, fixedPartSize, "its fixed part")) {
+  unsigned char bytes[fixedHeaderSize] = {};
+  if (!readPart(bytes, fixedHeaderSize, "its fixed part")) {
     return false;
   }
   const auto mark = loadField<std::uint16_t>(bytes, false);
@@ -142,7 +138,7 @@ bool CatalogueCheck::checkFixedPart() noexcept {
     report_.add(file_.path(), 24, "the number of rows is %" PRId64 ": it cannot be negative",
                 rowCount_);
   }
-  return passSurplus(4, field<std::uint16_t>(bytes + 4), fixedPartSize, "the fixed part") &&
+  return passSurplus(4, field<std::uint16_t>(bytes + 4), fixedHeaderSize, "the fixed part") &&
          checkName(6, field<std::uint16_t>(bytes + 6), "the access key");
 }
 

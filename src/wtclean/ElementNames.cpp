@@ -1,7 +1,5 @@
 #include "wtclean/ElementNames.h"
 
-#include <algorithm>
-#include <iterator>
 #include <string_view>
 
 #include "wtelem/CatalogueLimits.h"
@@ -10,10 +8,6 @@
 
 namespace {
 
-constexpr std::uint16_t byteOrderMark = 1;
-constexpr int highestMajorVersion = 1;
-constexpr int fixedPartSize = 32;  // bytes
-constexpr int recordHeadSize = 16;
 constexpr int longestName = fileNames::sizeOf(fileNames::indexPrefix);
 
 class Reader {
@@ -22,16 +16,14 @@ class Reader {
       : file_(file), size_(size), taker_(taker), context_(context) {}
 
   [[nodiscard]] CatalogueKind read() noexcept {
-    unsigned char bytes[fixedPartSize];
+    unsigned char bytes[fixedHeaderSize];
     if (size_ == 0) {
       return CatalogueKind::unfinished;
     }
-    if (!get(bytes, fixedPartSize)) {
+    if (!get(bytes, fixedHeaderSize)) {
       return CatalogueKind::damaged;
     }
-    const bool isZero =
-        std::all_of(std::begin(bytes), std::end(bytes), [](auto byte) { return byte == 0; });
-    if (isZero) {
+    if (isUnwritten(bytes)) {
       return CatalogueKind::unfinished;
     }
     return readRecords(bytes) ? CatalogueKind::whole : CatalogueKind::damaged;
@@ -42,7 +34,7 @@ class Reader {
     swap_ = loadField<std::uint16_t>(header, false) != byteOrderMark;
     const auto version = loadField<std::int16_t>(header + 2, swap_);
     const std::int64_t surplus =
-        std::int64_t{loadField<std::uint16_t>(header + 4, swap_)} - fixedPartSize;
+        std::int64_t{loadField<std::uint16_t>(header + 4, swap_)} - fixedHeaderSize;
     const std::int64_t keyLength = loadField<std::uint16_t>(header + 6, swap_);
     if (version / 100 > highestMajorVersion || !pass(surplus) || !pass(keyLength)) {
       return false;

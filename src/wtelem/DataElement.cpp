@@ -12,7 +12,6 @@
 
 namespace {
 
-constexpr std::uint32_t recordHeadSize = 16;  // bytes, of an element definition
 constexpr const char* outOfMemoryPath = "(file path)";
 
 struct RecordHead {
@@ -262,7 +261,7 @@ std::int64_t DataElement::definitionSize() const noexcept {
 
 bool DataElement::readDefinition(np_fio_handle catalogue) noexcept {
   unsigned char bytes[recordHeadSize];
-  if (np_fio_getb(catalogue, bytes, recordHeadSize) != static_cast<int>(recordHeadSize)) {
+  if (np_fio_getb(catalogue, bytes, recordHeadSize) != recordHeadSize) {
     return fail(WT_MESSAGE(shortRead, "element definition"));
   }
   const RecordHead head = loadHead(bytes, table_.otherByteOrder);

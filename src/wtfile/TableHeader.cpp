@@ -1,7 +1,6 @@
 /// The catalogue file's bytes. docs/file-format.md has the tables that this follows.
 
 #include <algorithm>
-#include <iterator>
 #include <limits>
 #include <new>
 #include <utility>
@@ -14,12 +13,7 @@
 
 namespace {
 
-constexpr std::uint16_t byteOrderMark = 1;
-constexpr int highestMajorVersion = 1;
 constexpr int highestMinorVersion = 0;
-constexpr int fixedHeaderSize = 32;  // bytes
-constexpr int columnHeadSize = 16;   // bytes, of a column definition
-constexpr int elementHeadSize = 16;  // bytes, of an element definition
 constexpr unsigned storageCodeMask = 0xFF;
 
 struct FixedHeader {
@@ -61,12 +55,6 @@ FixedHeader loadFixedHeader(const unsigned char* bytes, bool swap) noexcept {
           .elementCount = loadField<std::uint32_t>(bytes + 12, swap),
           .maxElementSize = loadField<std::int64_t>(bytes + 16, swap),
           .rowCount = loadField<std::int64_t>(bytes + 24, swap)};
-}
-
-/// Zero bytes stand where a writer was killed after the records and before the fixed header.
-bool isUnwritten(const unsigned char (&header)[fixedHeaderSize]) noexcept {
-  return std::all_of(std::begin(header), std::end(header),
-                     [](unsigned char byte) { return byte == 0; });
 }
 
 void storeColumnHead(unsigned char* bytes, const ColumnHead& head) noexcept {
@@ -143,13 +131,13 @@ bool ZVWTFileImpl::writeFixedHeader() noexcept {
 }
 
 bool ZVWTFileImpl::writeColumnDefinition(const ColumnDefinition& column) noexcept {
-  unsigned char bytes[columnHeadSize];
-  storeColumnHead(bytes, {.length = columnHeadSize,
+  unsigned char bytes[recordHeadSize];
+  storeColumnHead(bytes, {.length = recordHeadSize,
                           .storageCode = static_cast<std::uint16_t>(column.storageCode),
                           .nameLength = column.name.cStrSize(),
                           .width = column.width,
                           .maxLength = column.maxLength});
-  return putAll(header_, bytes, columnHeadSize) &&
+  return putAll(header_, bytes, recordHeadSize) &&
          putAll(header_, column.name.asCstr(), column.name.cStrSize());
 }
 
@@ -167,7 +155,7 @@ bool ZVWTFileImpl::cutHeader() noexcept {
 std::int64_t ZVWTFileImpl::catalogueSize() const noexcept {
   std::int64_t size = fixedHeaderSize + accessKey_.cStrSize();
   for (int i = 0; i < state_.columnCount; ++i) {
-    size += columnHeadSize + state_.columns[static_cast<std::size_t>(i)].name.cStrSize();
+    size += recordHeadSize + state_.columns[static_cast<std::size_t>(i)].name.cStrSize();
   }
   for (int i = 0; i < elementCount_; ++i) {
     size += elements_[static_cast<std::size_t>(i)]->definitionSize();
@@ -259,7 +247,7 @@ std::int64_t ZVWTFileImpl::remainingHeaderBytes() const noexcept {
 
 bool ZVWTFileImpl::readColumnDefinitions(std::uint32_t count) noexcept {
   if (count > std::numeric_limits<std::int32_t>::max() ||
-      count > remainingHeaderBytes() / columnHeadSize) {
+      count > remainingHeaderBytes() / recordHeadSize) {
     return fail(WT_MESSAGE(shortRead, "column definition"));
   }
   if (!allocateColumns(count)) {
@@ -274,12 +262,12 @@ bool ZVWTFileImpl::readColumnDefinitions(std::uint32_t count) noexcept {
 }
 
 bool ZVWTFileImpl::readColumnDefinition(ColumnDefinition* column) noexcept {
-  unsigned char bytes[columnHeadSize];
-  if (np_fio_getb(header_, bytes, columnHeadSize) != columnHeadSize) {
+  unsigned char bytes[recordHeadSize];
+  if (np_fio_getb(header_, bytes, recordHeadSize) != recordHeadSize) {
     return fail(WT_MESSAGE(shortRead, "column definition"));
   }
   const ColumnHead head = loadColumnHead(bytes, state_.otherByteOrder);
-  if (!skipSurplus(head.length, columnHeadSize)) {
+  if (!skipSurplus(head.length, recordHeadSize)) {
     return fail(WT_MESSAGE(surplusNotSkipped));
   }
   if (head.nameLength > remainingHeaderBytes()) {
@@ -308,7 +296,7 @@ bool ZVWTFileImpl::readColumnDefinition(ColumnDefinition* column) noexcept {
 /// fails here is removed with them.
 bool ZVWTFileImpl::readElementDefinitions(std::uint32_t count) noexcept {
   if (count > std::numeric_limits<std::int32_t>::max() ||
-      count > remainingHeaderBytes() / elementHeadSize) {
+      count > remainingHeaderBytes() / recordHeadSize) {
     return fail(WT_MESSAGE(shortRead, "element definition"));
   }
   Elements elements(new (std::nothrow) std::unique_ptr<DataElement>[count]);
