@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "wtcheck/ElementCheck.h"
-#include "wtelem/CatalogueLimits.h"
+#include "wtelem/CatalogueFormat.h"
 #include "wtelem/FileFields.h"
 #include "wtelem/FileNames.h"
 #include "wtelem/messages.h"

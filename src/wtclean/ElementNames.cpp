@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "wtelem/CatalogueLimits.h"
+#include "wtelem/CatalogueFormat.h"
 #include "wtelem/FileFields.h"
 #include "wtelem/FileNames.h"
 

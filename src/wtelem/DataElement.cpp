@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "wtelem/CatalogueLimits.h"
+#include "wtelem/CatalogueFormat.h"
 #include "wtelem/DirectorySearch.h"
 #include "wtelem/FileFields.h"
 #include "wtelem/messages.h"

@@ -5,7 +5,7 @@
 #include <new>
 #include <utility>
 
-#include "wtelem/CatalogueLimits.h"
+#include "wtelem/CatalogueFormat.h"
 #include "wtelem/FileFailure.h"
 #include "wtelem/FileFields.h"
 #include "wtelem/messages.h"
