@@ -38,6 +38,11 @@ constexpr bool isTaken(int status) noexcept {
 
 int fioSystem::createUnderRandomName(const char* directory, const char* prefix, char* path,
                                      int pathSize, File* file) noexcept {
+  return makeUnderRandomName(create, directory, prefix, path, pathSize, file);
+}
+
+int fioSystem::makeUnderRandomName(Create* make, const char* directory, const char* prefix,
+                                   char* path, int pathSize, File* file) noexcept {
   constexpr int attempts = 16;
   std::array<char, npFioPathSize> name;
   const std::size_t prefixLength = std::strlen(prefix);
@@ -52,7 +57,7 @@ int fioSystem::createUnderRandomName(const char* directory, const char* prefix, 
     }
     status = np_fio_pcat(directory, name.data(), path, pathSize);
     if (status == npFioSuccess) {
-      status = create(path, file);
+      status = make(path, file);
     }
   }
   return status;

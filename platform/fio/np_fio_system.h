@@ -28,6 +28,10 @@ using File = std::intptr_t;
 /// digits; writes its path. The same on every system.
 [[nodiscard]] int createUnderRandomName(const char* directory, const char* prefix, char* path,
                                         int pathSize, File* file) noexcept;
+/// The same with a way of making the file that says npFioExists when the name is taken.
+using Create = int(const char* path, File* file) noexcept;
+[[nodiscard]] int makeUnderRandomName(Create* make, const char* directory, const char* prefix,
+                                      char* path, int pathSize, File* file) noexcept;
 /// The file is closed whatever the status says.
 [[nodiscard]] int close(File file) noexcept;
 
