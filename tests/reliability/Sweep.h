@@ -7,11 +7,14 @@
 #include "reliability/Operations.h"
 #include "support/TestEffort.h"
 
-/// One point in so many is visited: sanitizers make everything slow, each in its measure.
+/// One point in so many is visited: sanitizers make everything slow, each in its measure, and so
+/// does a compiler that does not optimise.
 #if defined(__SANITIZE_THREAD__)
 inline constexpr int usualStride = 53;
 #elif defined(__SANITIZE_ADDRESS__)
 inline constexpr int usualStride = 13;
+#elif !defined(__OPTIMIZE__)
+inline constexpr int usualStride = 7;
 #else
 inline constexpr int usualStride = 1;
 #endif
