@@ -9,9 +9,11 @@
 #include <cstddef>
 #include <memory>
 
+#include "wtelem/FileNames.h"
+
 class SeenNames {
  public:
-  static constexpr std::size_t nameSize = 16;  // bytes
+  static constexpr std::size_t nameSize = fileNames::randomCharacters;
   using Name = std::array<char, nameSize>;
 
   [[nodiscard]] bool contains(const Name& name) const noexcept;
