@@ -3,8 +3,8 @@
 
 #include "Commands.h"
 #include "Diagnostics.h"
-#include "FileOwner.h"
 #include "OutputBuffer.h"
+#include "System.h"
 #include "TextGrid.h"
 
 namespace zvwttool {

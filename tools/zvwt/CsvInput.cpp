@@ -3,7 +3,7 @@
 #include <cerrno>
 
 #include "Diagnostics.h"
-#include "NamelessFile.h"
+#include "System.h"
 
 namespace zvwttool {
 namespace {
@@ -23,7 +23,7 @@ bool CsvInput::open(const std::string& file, const std::vector<std::string>& cop
                     std::string* error) {
   const bool isStandardInput = file == "-";
   name_ = isStandardInput ? "standard input" : file;
-  file_.reset(isStandardInput ? stdin : std::fopen(file.c_str(), "rb"));
+  file_.reset(isStandardInput ? stdin : openForReading(file));
   if (file_ == nullptr) {
     return fail(errno, "", error);
   }

@@ -6,7 +6,7 @@
 #include <system_error>
 
 #include "DisplayText.h"
-#include "Terminal.h"
+#include "System.h"
 
 namespace zvwttool {
 namespace {

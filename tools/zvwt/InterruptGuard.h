@@ -10,7 +10,7 @@ namespace zvwttool {
 /// Why a command fails that was interrupted.
 inline constexpr std::string_view interruption = "interrupted";
 
-/// While it lives, SIGINT, SIGTERM and SIGHUP are only remembered: ask interrupted() often. One at
+/// While it lives, these signals are only remembered: ask interrupted() often. One at
 /// a time; signals that the tool was started to ignore stay ignored.
 class InterruptGuard {
  public:
@@ -23,10 +23,10 @@ class InterruptGuard {
   [[nodiscard]] static bool interrupted();
 
  private:
-#ifdef SIGHUP
-  static constexpr std::array signals = {SIGINT, SIGTERM, SIGHUP};
+#ifdef SIGBREAK
+  static constexpr std::array signals = {SIGINT, SIGTERM, SIGBREAK};  // Windows knows no SIGHUP
 #else
-  static constexpr std::array signals = {SIGINT, SIGTERM};
+  static constexpr std::array signals = {SIGINT, SIGTERM, SIGHUP};
 #endif
   using Handler = void (*)(int);
 

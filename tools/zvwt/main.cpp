@@ -1,5 +1,5 @@
 #include <CLI/CLI.hpp>
-#include <csignal>
+#include <algorithm>
 #include <functional>
 #include <new>
 
@@ -9,6 +9,7 @@
 #include "Handles.h"
 #include "OptionValues.h"
 #include "Source.h"
+#include "System.h"
 #include "fio/np_dir.h"
 
 namespace {
@@ -285,7 +286,7 @@ void addDelete(CLI::App* app, Options* options) {
   verb->add_option("TABLE", options->remove.tables, "the tables' names")->required();
 }
 
-ExitCode run(int argumentCount, char** arguments) {
+ExitCode run(std::vector<std::string> arguments) {
   CLI::App app("Work tables on the command line", "zvwt");
   app.require_subcommand(1);
   app.footer(exitCodes);
@@ -302,7 +303,8 @@ ExitCode run(int argumentCount, char** arguments) {
   addClean(&app, &options);
   addDelete(&app, &options);
   try {
-    app.parse(argumentCount, arguments);
+    std::reverse(arguments.begin(), arguments.end());  // as it takes them
+    app.parse(std::move(arguments));
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? ExitCode::success : ExitCode::usage;
   }
@@ -318,12 +320,9 @@ ExitCode run(int argumentCount, char** arguments) {
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-#ifdef SIGPIPE
-  // A closed pipe is met as a failed write, so that commands can still clean up.
-  (void)std::signal(SIGPIPE, SIG_IGN);
-#endif
+  prepareStreams();
   try {
-    return static_cast<int>(run(argumentCount, arguments));
+    return static_cast<int>(run(commandLineArguments(argumentCount, arguments)));
   } catch (const std::bad_alloc&) {
     return static_cast<int>(fail("out of memory"));
   } catch (const std::exception& error) {

@@ -1,10 +1,13 @@
+/// The POSIX half; System_windows.cpp is its twin.
+#include "System.h"
+
 #include <fcntl.h>
+#include <pwd.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
-
-#include "NamelessFile.h"
 
 namespace zvwttool {
 namespace {
@@ -38,6 +41,21 @@ std::FILE* openIn(const std::string& directory) {
 }
 
 }  // namespace
+
+void prepareStreams() noexcept { (void)std::signal(SIGPIPE, SIG_IGN); }
+
+std::vector<std::string> commandLineArguments(int count, char** arguments) {
+  return {arguments + (count > 0 ? 1 : 0), arguments + count};
+}
+
+bool standardErrorIsTerminal() noexcept { return isatty(STDERR_FILENO) != 0; }
+
+std::string ownerName(std::uint32_t owner) {
+  const passwd* user = getpwuid(owner);  // NOLINT(concurrency-mt-unsafe): the tool has one thread
+  return user != nullptr ? user->pw_name : std::to_string(owner);
+}
+
+std::FILE* openForReading(const std::string& path) { return std::fopen(path.c_str(), "rb"); }
 
 std::FILE* openNamelessFile(const std::vector<std::string>& directories, int* errorNumber) {
   for (const std::string& directory : directories) {
