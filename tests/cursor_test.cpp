@@ -11,8 +11,8 @@
 #include "base/zvb_assert.h"
 #include "base/zvb_cursor.h"
 #include "support/Bytes.h"
+#include "support/FileCalls.h"
 #include "support/ShortMemory.h"
-#include "support/SizeLimit.h"
 #include "support/TableFixture.h"
 
 namespace {
@@ -303,7 +303,7 @@ TEST_F(CursorTest, ReportsATableThatCannotBeDeleted) {
 TEST_F(CursorTest, DeletesATableThatCannotBeReopened) {
   CursorHandle cursor = makeReader(twoRows);
   const std::string name = cursor->workTable(false)->getName().asCstr();
-  const std::string aside = directory.path() + "/aside";
+  const std::string aside = directory.file("aside");
   std::filesystem::rename(directory.file(name), aside);
   EXPECT_FALSE(cursor->rewind());
   expectMessage(1353, *cursor);

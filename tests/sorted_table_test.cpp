@@ -7,10 +7,10 @@
 #include <thread>
 
 #include "datafile/messages.h"
-#include "support/OpenFiles.h"
+#include "support/FileCalls.h"
 #include "support/ShortMemory.h"
-#include "support/SizeLimit.h"
 #include "support/SortModel.h"
+#include "support/ThisProcess.h"
 #include "zvwt.h"
 
 namespace {
@@ -202,7 +202,8 @@ TEST_F(SortedTable, ThatFailsIsRemovedAndKeepsItsReason) {
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(400));  // a report is due
     {
-      const SizeLimit fullDisk(fault == diskRefused ? 10000 : RLIM_INFINITY);
+      const SizeLimit fullDisk(fault == diskRefused ? 10000
+                                                    : std::numeric_limits<std::int64_t>::max());
       EXPECT_FALSE(table->close());
     }
     EXPECT_TRUE(directory.names().empty());

@@ -5,7 +5,7 @@
 #include <filesystem>
 
 #include "support/Bytes.h"
-#include "support/SizeLimit.h"
+#include "support/FileCalls.h"
 #include "support/TableFixture.h"
 #include "wtfile/ZVWTFileImpl.h"
 
@@ -15,7 +15,7 @@ using Lines = std::vector<std::string>;
 
 class TableFaults : public TableTest {
  protected:
-  TableFaults() { EXPECT_TRUE(directories.split(directory.path().c_str(), ':')); }
+  TableFaults() { EXPECT_TRUE(directories.split(directory.path().c_str(), np_dir_listsep)); }
 
   static Row text(std::size_t size) { return row({std::string(size, 'x')}); }
 
@@ -67,7 +67,7 @@ TEST_F(TableFaults, AnAppendRefusedByAFullDiskKeepsTheRowsThatWereThere) {
 TEST_F(TableFaults, AnAppendThatTheDiskCannotHoldKeepsWhatFits) {
   struct Case {
     int rows;
-    rlim_t limit;
+    std::int64_t limit;
   };
   for (const Case& fault : {Case{100000, 300000}, {100000, 700000}, {300, 4000}}) {
     const std::string target = makeCountingTable(400);

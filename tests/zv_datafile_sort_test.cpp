@@ -2,7 +2,6 @@
 /// short memory and cancelled sorts.
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <cstring>
@@ -11,9 +10,10 @@
 
 #include "datafile/ZvDatafileManager.h"
 #include "datafile/messages.h"
-#include "support/OpenFiles.h"
-#include "support/SizeLimit.h"
+#include "fio/np_dir.h"
+#include "support/FileCalls.h"
 #include "support/SortModel.h"
+#include "support/ThisProcess.h"
 
 namespace {
 
@@ -471,22 +471,23 @@ TEST_F(Sorter, KeepsItsWorkFilesOutOfSight) {
     ASSERT_EQ(0, addNumbers(*sorter, 10000));
     ASSERT_EQ(0, sorter->sort());
     EXPECT_TRUE(directory.names().empty());
-    EXPECT_NE(spills, namelessFiles(directory.path()).empty());
+    EXPECT_NE(spills, unseenFiles(directory.path()).empty());
     expectNumbers(*sorter, 10000);
   }
-  EXPECT_TRUE(namelessFiles(directory.path()).empty());
+  EXPECT_TRUE(unseenFiles(directory.path()).empty());
 }
 
 TEST_F(Sorter, SpreadsItsWorkFilesOverTheDirectoriesThatExist) {
   const TemporaryDirectory other;
   for (const bool spread : {true, false}) {
-    manager = makeManager(directory.file("missing") + ':' + directory.path() + ':' + other.path());
+    manager = makeManager(directory.file("missing") + np_dir_listsep + directory.path() +
+                          np_dir_listsep + other.path());
     ASSERT_TRUE(manager->sortAndSize0(64 * kilobyte) && manager->sortAndSize3(spread));
     const SorterOwner sorter = numbers();
     ASSERT_EQ(0, addNumbers(*sorter, 10000)) << sorter->getErrorMessage().asCstr();
     ASSERT_EQ(0, sorter->sort());
-    EXPECT_FALSE(namelessFiles(directory.path()).empty());
-    EXPECT_EQ(spread, !namelessFiles(other.path()).empty());
+    EXPECT_FALSE(unseenFiles(directory.path()).empty());
+    EXPECT_EQ(spread, !unseenFiles(other.path()).empty());
     expectNumbers(*sorter, 10000);
   }
 }
@@ -506,26 +507,26 @@ TEST_F(Sorter, TellsWhenItsWorkFilesCannotBeWritten) {
     runIntoFailure(*limited, 10000);
     expectSticky(*limited, datafileMessage::workLimitPassed);
 
-    const ManagerOwner lost = makeManager(directory.file("a") + ':' + directory.file("b"));
+    const ManagerOwner lost =
+        makeManager(directory.file("a") + np_dir_listsep + directory.file("b"));
     ASSERT_TRUE(lost->sortAndSize0(64 * kilobyte) && lost->sortAndSize1(secondThread));
     const SorterOwner sorter = makeSorter(*lost, numberTypes, {{.column = 0}});
     runIntoFailure(*sorter, 10000);
     expectSticky(*sorter, datafileMessage::noDirectoryTakes);
   }
-  EXPECT_TRUE(namelessFiles(directory.path()).empty());
+  EXPECT_TRUE(unseenFiles(directory.path()).empty());
 }
 
 struct Damage {
-  off_t first;  // of the bytes damaged, which are 16 of every `step`
-  off_t step;
+  std::int64_t first;  // of the bytes damaged, which are 16 of every `step`
+  std::int64_t step;
   char byte;
 };
 
-void damage(const OpenFile& file, const Damage& damage) {
-  const off_t size = lseek(file.descriptor, 0, SEEK_END);
-  const std::string bytes(16, damage.byte);
-  for (off_t offset = damage.first; offset + 16 < size; offset += damage.step) {
-    ASSERT_EQ(16, pwrite(file.descriptor, bytes.data(), bytes.size(), offset));
+void damage(const ProcessFile& file, const Damage& damage) {
+  const std::int64_t size = sizeOf(file);
+  for (std::int64_t offset = damage.first; offset + 16 < size; offset += damage.step) {
+    ASSERT_TRUE(overwrite(file, offset, std::string(16, damage.byte)));
   }
 }
 
@@ -543,9 +544,9 @@ TEST_F(Sorter, NeverTakesADamagedBlockForRecords) {
       const SorterOwner sorter = numbers();
       ASSERT_EQ(0, addNumbers(*sorter, count));
       ASSERT_EQ(0, sorter->sort());
-      const std::vector<OpenFile> files = namelessFiles(directory.path());
+      const std::vector<ProcessFile> files = unseenFiles(directory.path());
       ASSERT_FALSE(files.empty());
-      for (const OpenFile& file : files) {
+      for (const ProcessFile& file : files) {
         damage(file, each);
       }
       const Delivery delivery = deliverNumbers(*sorter, 2 * count);
@@ -630,7 +631,7 @@ TEST_F(Sorter, IsCancelledInEveryPhase) {
     expectSticky(*sorter, datafileMessage::cancelled);
     EXPECT_NE(nullptr, std::strstr(sorter->getErrorMessage().asCstr(), "cancel"));
   }
-  EXPECT_TRUE(namelessFiles(directory.path()).empty());
+  EXPECT_TRUE(unseenFiles(directory.path()).empty());
 }
 
 }  // namespace

@@ -50,12 +50,12 @@ std::set<int> messagesInUse(const std::filesystem::path& folder, const char* hea
   std::string code;  // without blanks
   for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
     if (entry.is_regular_file()) {
-      code += TemporaryDirectory::read(entry.path());
+      code += TemporaryDirectory::read(entry.path().string());
     }
   }
   std::erase_if(code, [](char byte) { return byte == ' ' || byte == '\n'; });
 
-  std::istringstream names(TemporaryDirectory::read(folder / header));
+  std::istringstream names(TemporaryDirectory::read((folder / header).string()));
   std::set<int> used;
   for (std::string line; std::getline(names, line);) {
     char name[64];

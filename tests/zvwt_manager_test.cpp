@@ -5,6 +5,7 @@
 #include "fio/np_dir.h"
 #include "support/EnvironmentVariable.h"
 #include "support/TableFixture.h"
+#include "support/ThisSystem.h"
 #include "wtmgr/ZVWTManagerImpl.h"
 
 namespace {
@@ -37,16 +38,16 @@ TEST_F(Manager, SplitsItsDirectoryList) {
 }
 
 TEST_F(Manager, TakesItsDirectoriesFromTheConfigurationElseFromTheSystem) {
-  const EnvironmentVariable tmpdir("TMPDIR", "/system");
+  const EnvironmentVariable system(temporaryVariable, directory.path().c_str());
   EnvironmentVariable option("ZVB_BASE_TEMP", "/configured");
   EXPECT_STREQ("/configured", makeManager("")->getDirectoryList().asCstr());
   EXPECT_STREQ("/own", makeManager("/own")->getDirectoryList().asCstr());
   option.set(nullptr);
-  EXPECT_STREQ("/system", makeManager("")->getDirectoryList().asCstr());
+  EXPECT_EQ(directory.path(), makeManager("")->getDirectoryList().asCstr());
 }
 
 TEST_F(Manager, WithoutAnyDirectoryIsValidButFindsAndMakesNothing) {
-  const EnvironmentVariable tmpdir("TMPDIR", std::string(500, 'x').c_str());
+  const EnvironmentVariable system(temporaryVariable, std::string(500, 'x').c_str());
   const EnvironmentVariable option("ZVB_BASE_TEMP", nullptr);
   const EnvironmentVariable config("ZVB_CONFIG", nullptr);
   manager = makeManager("");

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "support/Bytes.h"
+#include "support/ThisSystem.h"
 #include "support/ToolFixture.h"
 
 namespace {
@@ -32,12 +33,14 @@ TEST_F(Tool, ChecksTables) {
 }
 
 TEST_F(Tool, EscapesNamesInJson) {
+  if (isWindows) {
+    GTEST_SKIP() << "the system refuses such names";
+  }
   const std::string table = import("a\n1\n");
   Bytes(tables_.file(table)).set<std::int64_t>(24, 7).save();
   const std::string strange = files_.file("a\"\\\x01\n\xC3\xA9\xFF\xED\xA0\x80");
   std::filesystem::rename(tables_.path(), strange);
-  const Outcome outcome =
-      execute(quoted(ZVWT_TOOL_PATH) + " check --json --dir " + quoted(strange) + ' ' + table);
+  const Outcome outcome = runTool({"check", "--json", "--dir", strange, table});
   EXPECT_NE(outcome.output.find("\"file\": \"" + files_.file("a\\\"\\\\\\u0001\\u000a\xC3\xA9") +
                                 "\\ufffd\\ufffd\\ufffd\\ufffd/" + table + "\", "),
             std::string::npos)

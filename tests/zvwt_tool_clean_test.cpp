@@ -31,9 +31,8 @@ TEST_F(Tool, CleansDirectories) {
             std::string::npos)
       << damaged.errors;
 
-  const std::string tool = quoted(ZVWT_TOOL_PATH) + " clean ";
-  EXPECT_EQ(execute(tool).exitCode, 2);
-  EXPECT_EQ(execute(tool + "--dir " + quoted(tables_.file("none"))).exitCode, 1);
+  EXPECT_EQ(runTool({"clean"}).exitCode, 2);
+  EXPECT_EQ(runTool({"clean", "--dir", tables_.file("none")}).exitCode, 1);
   for (const char* age : {"", "1w", "-1d", "d", "1 d", "24856d"}) {
     EXPECT_EQ(run("clean", {"--older-than", age}).exitCode, 2) << age;
   }

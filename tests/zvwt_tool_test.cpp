@@ -1,7 +1,9 @@
 // The command line tool as its users meet it: a process with arguments, streams and an exit code.
 #include <algorithm>
 #include <filesystem>
+#include <memory>
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -98,12 +100,15 @@ TEST_F(Tool, ReadsPipesTwice) {
     text += std::to_string(row) + ",row\n";
   }
   const std::string path = files_.write("piped.csv", text + "007,last\n");
-  const Outcome piped = execute("cat " + quoted(path) + " | " + commandLine("import", {"-"}));
+  Program program(programWords(words("import", {"-"})),
+                  {{Stream::Kind::pipe, {}}, file("out"), file("err")});
+  program.writeInput(text + "007,last\n");
+  const Outcome piped = outcomeOf(program);
   EXPECT_EQ(piped.exitCode, 0);
   EXPECT_NE(piped.errors.find("column \"n\": string"), std::string::npos) << piped.errors;
   EXPECT_EQ(exported(piped.output.substr(0, piped.output.size() - 1)), text + "007,last\n");
 
-  const Outcome redirected = run("import", {"-"}, "<" + quoted(path));
+  const Outcome redirected = run("import", {"-"}, Program::file(path));
   EXPECT_EQ(exported(redirected.output.substr(0, redirected.output.size() - 1)),
             text + "007,last\n");
 }
@@ -136,7 +141,7 @@ TEST_F(Tool, LeavesNothingBehindAFailedImport) {
   EXPECT_EQ(run("import", {files_.file("missing")}).exitCode, 1);
   EXPECT_EQ(run("import", {"--type", "b=int", good}).exitCode, 2);
   EXPECT_EQ(run("import", {"--width", "a=4", "--type", "a=int", good}).exitCode, 2);
-  EXPECT_EQ(run("import", {good}, ">/dev/full").exitCode, 1);
+  EXPECT_EQ(runWithoutOutput("import", {good}).exitCode, 1);
   EXPECT_EQ(tables_.names(), std::vector<std::string>());
 }
 
@@ -214,7 +219,7 @@ TEST_F(Tool, CopiesAndAppendsWhatIsSelected) {
   EXPECT_EQ(other.exitCode, 1);
   EXPECT_NE(other.errors.find("1770"), std::string::npos) << other.errors;
   const std::size_t files = tables_.names().size();
-  EXPECT_EQ(run("copy", {table}, ">/dev/full").exitCode, 1);
+  EXPECT_EQ(runWithoutOutput("copy", {table}).exitCode, 1);
   EXPECT_EQ(run("copy", {"zvwt_missing"}).exitCode, 1);
   EXPECT_EQ(run("copy", {"--select", "x=a,X=b", table}).exitCode, 1);
   EXPECT_EQ(tables_.names().size(), files);
@@ -233,15 +238,21 @@ TEST_F(Tool, PartsReadInParallelAreTheTable) {
   const std::string copy = copied.output.substr(0, copied.output.find('\n'));
   EXPECT_EQ(run("partition", {"--select", "t", "zvwt:" + copy, "1"}).output,
             "zvwt:" + copy + "?rows=0,1024000&col=t\n");
-  const std::string script =
-      files_.write("parts.sh", "set -e\nexport ZVWT=" + quoted(ZVWT_TOOL_PATH) + " ZVB_BASE_TEMP=" +
-                                   quoted(tables_.path()) + "\ncd " + quoted(files_.path()) + "\n" +
-                                   R"("$ZVWT" partition "$1" 20 | nl -n rz |)"
-                                   R"( xargs -P 4 -L 1 sh -c '"$ZVWT" export "$1" >part.$0')"
-                                   "\ntail -q -n +2 part.*\n");
-  const Outcome together = execute("sh " + quoted(script) + ' ' + copy);
-  EXPECT_EQ(together.exitCode, 0) << together.errors;
-  EXPECT_TRUE("n,t\n" + together.output == exported(table));
+  const Outcome parts = run("partition", {copy, "20"});
+  std::istringstream uris(parts.output);
+  std::vector<std::unique_ptr<Program>> programs;
+  for (std::string uri; std::getline(uris, uri);) {
+    const Stream output = file("part" + std::to_string(programs.size()));
+    programs.push_back(std::make_unique<Program>(programWords(words("export", {uri})),
+                                                 Program::Streams{{}, output, {}}));
+  }
+  EXPECT_GT(programs.size(), 1U);
+  std::string together = "n,t\n";
+  for (std::size_t i = 0; i < programs.size(); ++i) {
+    EXPECT_EQ(programs[i]->wait(), 0);
+    together += TemporaryDirectory::read(files_.file("part" + std::to_string(i))).substr(4);
+  }
+  EXPECT_TRUE(together == exported(table));
 }
 
 TEST_F(Tool, ShowsRowsInAlignedColumns) {
@@ -330,16 +341,18 @@ TEST_F(Tool, FailsWhenItsOutputIsRefused) {
     text += "a row of a table\n";
   }
   const std::string table = import(text);
-  const Outcome full = run("export", {table}, ">/dev/full");
+  const Outcome full = runWithoutOutput("export", {table});
   EXPECT_EQ(full.exitCode, 1);
   EXPECT_NE(full.errors.find("cannot write to standard output"), std::string::npos);
 
-  const std::string code = quoted(files_.file("code"));
-  const Outcome closed =
-      execute("{ " + commandLine("export", {table}) + "; echo $? >" + code + "; } | head -n 2");
-  EXPECT_EQ(closed.output, "t\na row of a table\n");
-  EXPECT_EQ(closed.errors, "");
-  EXPECT_EQ(TemporaryDirectory::read(files_.file("code")), "1\n");
+  Program program(programWords(words("export", {table})),
+                  {{}, {Stream::Kind::pipe, {}}, file("err")});
+  char start[] = "t\n????????????????\n";
+  EXPECT_TRUE(program.readOutput(start, sizeof start - 1));
+  EXPECT_STREQ(start, "t\na row of a table\n");
+  program.closeOutput();
+  EXPECT_EQ(program.wait(), 1);
+  EXPECT_EQ(TemporaryDirectory::read(files_.file("err")), "");
 }
 
 TEST_F(Tool, RefusesAWrongCommandLine) {
@@ -370,7 +383,7 @@ TEST_F(Tool, RefusesAWrongCommandLine) {
     EXPECT_EQ(outcome.output, "") << verb;
     EXPECT_NE(outcome.errors, "") << verb;
   }
-  const Outcome help = execute(quoted(ZVWT_TOOL_PATH) + " --help");
+  const Outcome help = runTool({"--help"});
   EXPECT_EQ(help.exitCode, 0);
   EXPECT_NE(help.output.find("Exit codes:"), std::string::npos);
 }

@@ -74,7 +74,7 @@ World::World()
       many({{"a", zvbTypeInteger}, {"b", zvbTypeString}, {"c", zvbTypeInteger}}, manyRows()),
       kept_{&World::source, &World::longSource, &World::target, &World::longTarget},
       taken_(mostValues) {
-  EXPECT_TRUE(directories.split(path, ':'));
+  EXPECT_TRUE(directories.split(path, np_dir_listsep));
   manager.reset(zvwtCreateManager("world", path, &error));
   source = keep(mixed, smallElement);
   longSource = keep(texts, 0);

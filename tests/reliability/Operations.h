@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "fio/TempDirectories.h"
-#include "support/OpenFiles.h"
 #include "support/TableFixture.h"
+#include "support/ThisProcess.h"
 
 using Lines = std::vector<std::string>;
 

@@ -1,5 +1,3 @@
-#include "reliability/SystemFaults.h"
-
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -18,6 +16,8 @@
 #include <cstdio>
 #include <cstring>
 #include <string_view>
+
+#include "reliability/SystemFaults.h"
 
 namespace {
 

@@ -11,11 +11,11 @@
 #include <map>
 #include <set>
 
-#include "support/OpenFiles.h"
 #include "support/OtherByteOrder.h"
 #include "support/Sanitizers.h"
 #include "support/ShortMemory.h"
 #include "support/TableFixture.h"
+#include "support/ThisProcess.h"
 
 namespace {
 

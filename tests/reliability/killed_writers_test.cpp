@@ -139,6 +139,20 @@ class TableWork {
   ZvbString error_;
 };
 
+/// Does what the words behind the directory, the shape's number and two tables' names say.
+const ChildPart working("work", [](const Teller& teller, const Words& words) {
+  const ManagerHandle manager(zvwtCreateManager("child", words[0].c_str(), nullptr));
+  TempDirectories directories;
+  if (manager == nullptr || !directories.split(words[0].c_str(), np_dir_listsep)) {
+    teller.fail("no directory");
+  }
+  TableWork work(*manager, directories, shapes[std::stoul(words[1])], teller);
+  for (auto name = words.begin() + 4; name != words.end(); ++name) {
+    const auto found = std::find(std::begin(workNames), std::end(workNames), *name);
+    work.run(works[found - std::begin(workNames)], words[2], words[3]);
+  }
+});
+
 /// The tables of one shape that children work on.
 struct Bench {
   std::string source;  // is copied and appended from
@@ -191,15 +205,18 @@ class KilledWriters : public TableTest {
     return std::uniform_int_distribution<std::size_t>(0, end - 1)(random_);
   }
 
-  std::function<void(const Teller&)> working(Work work, const Shape& shape, const Bench& bench) {
-    return [this, work, &shape, bench](const Teller& teller) {
-      TableWork(*manager, directories_, shape, teller).run(work, bench.source, bench.target);
-    };
+  [[nodiscard]] ChildProcess start(std::vector<Work> todo, const Shape& shape,
+                                   const Bench& bench) const {
+    Words words = {directory.path(), std::to_string(&shape - shapes), bench.source, bench.target};
+    for (const Work work : todo) {
+      words.emplace_back(workNames[static_cast<int>(work)]);
+    }
+    return ChildProcess("work", words);
   }
 
   /// Makes a table in a process that nobody kills.
   std::string make(const Shape& shape) {
-    ChildProcess child(working(Work::create, shape, {}));
+    ChildProcess child = start({Work::create}, shape, {});
     std::string name;
     while (const std::optional<Note> note = child.next()) {
       name = note->text;
@@ -292,7 +309,7 @@ class KilledWriters : public TableTest {
     const std::chrono::duration<double> delay(
         std::uniform_real_distribution<double>(0, *time)(random_));
     constexpr std::chrono::duration<double> sleepsLonger(0.001);  // than it is told to
-    ChildProcess child(working(work, shape, bench));
+    ChildProcess child = start({work}, shape, bench);
     Note last;
     do {
       last = child.next().value_or(Note{.stage = closed});
@@ -403,12 +420,7 @@ TEST_F(KilledWriters, AreToldFromLivingOnes) {
       tables.emplace_back(killed.text);
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(20));  // clocks of files are coarse
-    ChildProcess child([&](const Teller& teller) {
-      TableWork work(*manager, directories_, shape, teller);
-      for (const Work each : works) {
-        work.run(each, bench.source, bench.target);
-      }
-    });
+    ChildProcess child = start({std::begin(works), std::end(works)}, shape, bench);
     for (; child.isRunning(); ++cleanings) {
       cleanAll();
     }

@@ -15,10 +15,10 @@
 #include <ostream>
 #include <utility>
 
-#include "support/OpenFiles.h"
+#include "support/FileCalls.h"
 #include "support/OwnMounts.h"
-#include "support/SizeLimit.h"
 #include "support/TableFixture.h"
+#include "support/ThisProcess.h"
 #include "wtfile/ZVWTFileImpl.h"
 
 namespace {
@@ -43,8 +43,8 @@ class Disk {
 class LimitedFiles final : public Disk {
  public:
   void fill(int blocks) override {
-    constexpr rlim_t block = 1024;
-    limit_.emplace(static_cast<rlim_t>(blocks) * block);
+    constexpr std::int64_t block = 1024;
+    limit_.emplace(static_cast<std::int64_t>(blocks) * block);
   }
   void empty() override { limit_.reset(); }
 

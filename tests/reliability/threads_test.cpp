@@ -14,9 +14,9 @@
 #include "base/zvb_config.h"
 #include "base/zvb_cursor.h"
 #include "datafile/messages.h"
-#include "support/OpenFiles.h"
 #include "support/TableFixture.h"
 #include "support/TestEffort.h"
+#include "support/ThisProcess.h"
 #include "wtelem/messages.h"
 
 namespace {

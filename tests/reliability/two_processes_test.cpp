@@ -13,6 +13,83 @@ namespace {
 
 constexpr std::int64_t blockRows = 100;
 
+bool isToldInUse(const ZvbString& error) {
+  return std::atoi(error.asCstr()) == 1353 &&
+         std::strstr(error.asCstr(), "in use by another writer") != nullptr;
+}
+
+ManagerHandle managerOf(const std::string& directory) {
+  return ManagerHandle(zvwtCreateManager("child", directory.c_str(), nullptr));
+}
+
+/// Appends the source `times` times; each time another process has the table, it tries again.
+const ChildPart appending("append", [](const Teller& teller, const Words& words) {
+  const std::string& directory = words[0];
+  const std::string& target = words[1];
+  const std::string& source = words[2];
+  const int times = std::stoi(words[3]);
+  const ManagerHandle manager = managerOf(directory);
+  ZvbString error;
+  std::int64_t refusals = 0;
+  for (int i = 0; i < times;) {
+    error.setNull();
+    if (manager->appendTable(target.c_str(), source.c_str(), &error)) {
+      ++i;
+      continue;
+    }
+    if (!isToldInUse(error)) {
+      teller.fail(error.asCstr());
+    }
+    ++refusals;
+    std::this_thread::sleep_for(std::chrono::microseconds(100));
+  }
+  teller.tell(0, "", refusals);
+});
+
+/// Keeps a table open for appending until it is killed.
+const ChildPart keeping("keep", [](const Teller& teller, const Words& words) {
+  TempDirectories directories;
+  ZVWTFileImpl table(directories, nullptr);
+  if (!directories.split(words[0].c_str(), np_dir_listsep) ||
+      !table.open(words[1].c_str(), false, nullptr, false)) {
+    teller.fail(table.getErrorMessage().asCstr());
+  }
+  teller.tell(0);
+  std::this_thread::sleep_for(std::chrono::hours(1));
+});
+
+/// Makes tables of the rows 0 to 9, reads them and deletes all but each tenth.
+const ChildPart working("create and delete", [](const Teller& teller, const Words& words) {
+  const ManagerHandle manager = managerOf(words[0]);
+  const int times = std::stoi(words[1]);
+  ZvbString error;
+  for (int i = 0; i < times; ++i) {
+    constexpr std::int64_t maxElementSize = 20;  // 3 rows to an element
+    const TableHandle made(manager->createTable(1, maxElementSize, &error));
+    ZvbDatavar value;
+    bool good = made != nullptr && made->defineColumn(0, "number", zvbTypeInteger, 0);
+    for (std::int64_t number = 0; good && number < 10; ++number) {
+      value.assign(number);
+      good = made->writeRow(&value);
+    }
+    if (!good || !made->close()) {
+      teller.fail("a table cannot be made");
+    }
+    const ZvbString name = made->getName();
+    const TableHandle table(manager->openTable(name, false, &error));
+    const std::vector<std::string> rows =
+        table != nullptr ? restOfRows(*table) : std::vector<std::string>{error.asCstr()};
+    if (rows.size() != 10 || rows.back() != "9") {
+      teller.fail(rows.back().c_str());
+    }
+    if (i % 10 == 0) {
+      teller.tell(0, name.asCstr());
+    } else if (!manager->deleteTable(name, &error)) {
+      teller.fail(error.asCstr());
+    }
+  }
+});
+
 class TwoProcesses : public TableTest {
  protected:
   /// A table of the rows `first`, `first` + 1, ...
@@ -28,29 +105,6 @@ class TwoProcesses : public TableTest {
     error.setNull();
     return manager->appendTable(target.c_str(), source.c_str(), &error);
   }
-
-  bool isToldInUse() const {
-    return messageId(error) == 1353 &&
-           std::strstr(error.asCstr(), "in use by another writer") != nullptr;
-  }
-
-  /// Appends the source `times` times; each time another process has the table, it tries again.
-  std::function<void(const Teller&)> appending(const std::string& target, const std::string& source,
-                                               int times) {
-    return [=, this](const Teller& teller) {
-      std::int64_t refusals = 0;
-      for (int i = 0; i < times; i += error.isEmpty() ? 1 : 0) {
-        if (!appendOnce(target, source)) {
-          if (!isToldInUse()) {
-            teller.fail(error.asCstr());
-          }
-          ++refusals;
-          std::this_thread::sleep_for(std::chrono::microseconds(100));
-        }
-      }
-      teller.tell(0, "", refusals);
-    };
-  }
 };
 
 TEST_F(TwoProcesses, AppendToOneTableOneAfterTheOther) {
@@ -60,8 +114,9 @@ TEST_F(TwoProcesses, AppendToOneTableOneAfterTheOther) {
   const std::string sources[processes] = {makeBlock(0), makeBlock(1000)};
   std::int64_t refusals = 0;
   {
-    ChildProcess first(appending(target, sources[0], times));
-    ChildProcess second(appending(target, sources[1], times));
+    const std::string count = std::to_string(times);
+    ChildProcess first("append", {directory.path(), target, sources[0], count});
+    ChildProcess second("append", {directory.path(), target, sources[1], count});
     for (ChildProcess* child : {&first, &second}) {
       while (const std::optional<Note> note = child->next()) {
         EXPECT_EQ(note->stage, 0) << note->text;
@@ -90,23 +145,12 @@ TEST_F(TwoProcesses, AppendToOneTableOneAfterTheOther) {
 TEST_F(TwoProcesses, AreToldOfEachOther) {
   const std::string target = makeBlock(0);
   const std::string source = makeBlock(1000);
-  ChildProcess child([&](const Teller& teller) {
-    TempDirectories directories;
-    ZVWTFileImpl table(directories, nullptr);
-    if (!directories.split(directory.path().c_str(), np_dir_listsep) ||
-        !table.open(target.c_str(), false, nullptr, false)) {
-      teller.fail(table.getErrorMessage().asCstr());
-    }
-    teller.tell(0);
-    for (;;) {
-      pause();
-    }
-  });
+  ChildProcess child("keep", {directory.path(), target});
   ASSERT_EQ(child.next().value_or(Note{.stage = Teller::failed}).stage, 0);
   EXPECT_FALSE(appendOnce(target, source));
-  EXPECT_TRUE(isToldInUse()) << error.asCstr();
+  EXPECT_TRUE(isToldInUse(error)) << error.asCstr();
   EXPECT_EQ(readTable(target).size(), static_cast<std::size_t>(blockRows));
-  (void)child.end();
+  child.end();
   EXPECT_TRUE(appendOnce(target, source)) << error.asCstr();
   EXPECT_EQ(readTable(target).size(), static_cast<std::size_t>(2 * blockRows));
 }
@@ -114,24 +158,11 @@ TEST_F(TwoProcesses, AreToldOfEachOther) {
 /// While the files of both are cleaned all the time.
 TEST_F(TwoProcesses, CreateAndDeleteInOneDirectory) {
   const int times = 150 * testEffort();
-  const auto working = [&](const Teller& teller) {
-    for (int i = 0; i < times; ++i) {
-      const std::string name = makeCountingTable(10, 20);  // 3 rows to an element
-      const std::vector<std::string> rows = readTable(name);
-      if (rows.size() != 10 || rows.back() != "9") {
-        teller.fail(rows.back().c_str());
-      }
-      if (i % 10 == 0) {
-        teller.tell(0, name.c_str());
-      } else if (!manager->deleteTable(name.c_str(), &error)) {
-        teller.fail(error.asCstr());
-      }
-    }
-  };
+  const Words words = {directory.path(), std::to_string(times)};
   std::vector<std::string> tables;
   {
-    ChildProcess first(working);
-    ChildProcess second(working);
+    ChildProcess first("create and delete", words);
+    ChildProcess second("create and delete", words);
     for (bool runs = true; runs;) {
       EXPECT_TRUE(zvwtCleanDirectories(manager.get(), 0, true, nullptr, nullptr, &error))
           << error.asCstr();

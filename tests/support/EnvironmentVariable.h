@@ -7,11 +7,12 @@
 #include <string>
 #include <utility>
 
-// NOLINTBEGIN(concurrency-mt-unsafe): see above
+#include "support/ThisProcess.h"
+
 class EnvironmentVariable {
  public:
   EnvironmentVariable(std::string name, const char* value) : name_(std::move(name)) {
-    const char* const former = std::getenv(name_.c_str());
+    const char* const former = std::getenv(name_.c_str());  // NOLINT(concurrency-mt-unsafe)
     if (former != nullptr) {
       former_ = former;
     }
@@ -21,16 +22,9 @@ class EnvironmentVariable {
   EnvironmentVariable& operator=(const EnvironmentVariable&) = delete;
   ~EnvironmentVariable() { set(former_ ? former_->c_str() : nullptr); }
 
-  void set(const char* value) const {
-    if (value != nullptr) {
-      setenv(name_.c_str(), value, 1);
-    } else {
-      unsetenv(name_.c_str());
-    }
-  }
+  void set(const char* value) const { setVariable(name_, value); }
 
  private:
   std::string name_;
   std::optional<std::string> former_;
 };
-// NOLINTEND(concurrency-mt-unsafe)

@@ -1,21 +1,25 @@
-/// A limit on the size of the files that this process writes, which stands for a full disk. While
-/// it lives no file grows beyond `bytes`. The signal that the system sends for an attempt keeps its
-/// deadly default: the file layer must not provoke it.
+/// The calls by which the file layer reads and writes, counted and limited.
 #pragma once
 
-#include <sys/resource.h>
+#include <cstdint>
 
+/// A limit on the size of the files that this process writes, which stands for a full disk: while
+/// it lives no file grows beyond `bytes`.
 class SizeLimit {
  public:
-  explicit SizeLimit(rlim_t bytes) {
-    getrlimit(RLIMIT_FSIZE, &former_);
-    const rlimit limit = {bytes, former_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
+  explicit SizeLimit(std::int64_t bytes);
   SizeLimit(const SizeLimit&) = delete;
   SizeLimit& operator=(const SizeLimit&) = delete;
-  ~SizeLimit() { setrlimit(RLIMIT_FSIZE, &former_); }
+  ~SizeLimit();
 
  private:
-  rlimit former_{};
+  std::int64_t former_;
 };
+
+struct ReadCount {
+  std::int64_t calls;
+  std::int64_t bytes;
+};
+
+/// What this process has read so far; negative where the system does not count.
+[[nodiscard]] ReadCount countReads();

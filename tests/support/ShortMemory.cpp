@@ -1,12 +1,12 @@
 #include "support/ShortMemory.h"
 
-#include <malloc.h>
-
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <limits>
 #include <new>
+
+#include "support/ThisProcess.h"
 
 namespace {
 
@@ -47,13 +47,13 @@ void* allocate(std::size_t size) noexcept {
     return nullptr;
   }
   void* block = std::malloc(size);
-  takenBytes += static_cast<std::int64_t>(malloc_usable_size(block));
+  takenBytes += static_cast<std::int64_t>(usableSize(block));
   mostTakenBytes = std::max(mostTakenBytes, takenBytes);
   return block;
 }
 
 void giveBack(void* block) noexcept {
-  takenBytes -= static_cast<std::int64_t>(malloc_usable_size(block));
+  takenBytes -= static_cast<std::int64_t>(usableSize(block));
   std::free(block);
 }
 

@@ -1,51 +1,34 @@
-/// What the system tells about this process: its open files, its threads and its memory.
+/// What the system tells about this process, and its environment.
 #pragma once
 
-#include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
-struct OpenFile {
-  int descriptor;
+struct ProcessFile {
+  std::intptr_t number;  // the system's
   std::string path;
 };
 
-inline std::vector<OpenFile> openFiles() {
-  std::vector<OpenFile> found;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-    std::error_code ignored;
-    found.push_back({std::stoi(entry.path().filename().string()),
-                     std::filesystem::read_symlink(entry, ignored).string()});
-  }
-  return found;
-}
+[[nodiscard]] std::vector<ProcessFile> openFiles();
 
-/// Those of a directory that are open and have no name there any more.
-inline std::vector<OpenFile> namelessFiles(const std::string& directory) {
-  std::vector<OpenFile> found = openFiles();
-  std::erase_if(found, [&directory](const OpenFile& file) {
-    return !file.path.starts_with(directory) || !file.path.ends_with(" (deleted)");
-  });
-  return found;
-}
+/// Those of a directory that are open and that nobody else can open.
+[[nodiscard]] std::vector<ProcessFile> unseenFiles(const std::string& directory);
 
-inline std::int64_t countThreads() {
-  const std::filesystem::directory_iterator tasks("/proc/self/task");
-  return std::distance(begin(tasks), end(tasks));
-}
+/// What a file of unseenFiles() has.
+[[nodiscard]] std::int64_t sizeOf(const ProcessFile& file);
+[[nodiscard]] bool overwrite(const ProcessFile& file, std::int64_t offset,
+                             const std::string& bytes);
+
+[[nodiscard]] std::int64_t countThreads();
 
 /// The most memory that the process has had resident since forgetPeakMemory(), in KiB.
-inline std::int64_t peakMemory() {
-  std::ifstream status("/proc/self/status");
-  std::string word;
-  while (status >> word && word != "VmHWM:") {
-  }
-  std::int64_t kilobytes = 0;
-  status >> kilobytes;
-  return kilobytes;
-}
+[[nodiscard]] std::int64_t peakMemory();
+void forgetPeakMemory();
 
-inline void forgetPeakMemory() { std::ofstream("/proc/self/clear_refs") << "5"; }
+/// How many bytes the heap has given for a block of it; 0 for null.
+[[nodiscard]] std::size_t usableSize(void* block) noexcept;
+
+/// Null removes the variable. Not while other threads run: the environment has no lock.
+void setVariable(const std::string& name, const char* value);

@@ -2,12 +2,11 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "support/Program.h"
 #include "support/TemporaryDirectory.h"
 
 struct Outcome {
@@ -16,40 +15,51 @@ struct Outcome {
   std::string errors;
 };
 
-/// An argument as the shell takes it.
-inline std::string quoted(const std::string& argument) {
-  std::string text = "'";
-  for (const char byte : argument) {
-    text += byte == '\'' ? "'\\''" : std::string(1, byte);
-  }
-  return text + "'";
-}
-
 class Tool : public testing::Test {
  protected:
+  using Stream = Program::Stream;
+  using Words = std::vector<std::string>;
+
   /// Runs the tool on the tables' directory.
-  Outcome run(const std::string& verb, const std::vector<std::string>& arguments,
-              const std::string& redirection = "") {
-    return execute(commandLine(verb, arguments) + ' ' + redirection);
+  Outcome run(const std::string& verb, const Words& arguments, const Stream& input = {}) {
+    return runTool(words(verb, arguments), input);
   }
 
-  std::string commandLine(const std::string& verb, const std::vector<std::string>& arguments) {
-    std::string command = quoted(ZVWT_TOOL_PATH) + ' ' + verb;
-    command += " --dir " + quoted(tables_.path());
-    for (const std::string& argument : arguments) {
-      command += ' ' + quoted(argument);
-    }
-    return command;
+  /// Runs it with nothing but these words.
+  Outcome runTool(const Words& given, const Stream& input = {}) {
+    Program program(programWords(given), {input, file("out"), file("err")});
+    return outcomeOf(program);
   }
 
-  /// Runs a line of the shell, whose own redirections go before these.
-  Outcome execute(const std::string& command) {
-    const int status = std::system(("{ " + command + "\n} >" + quoted(files_.file("out")) + " 2>" +
-                                    quoted(files_.file("err")) + " </dev/null")
-                                       .c_str());
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1,
-            TemporaryDirectory::read(files_.file("out")),
+  /// The exit code when nothing can be written to standard output, and what it says about it.
+  Outcome runWithoutOutput(const std::string& verb, const Words& arguments) {
+    Program program(programWords(words(verb, arguments)),
+                    {{}, {Stream::Kind::refusing, {}}, file("err")});
+    (void)files_.write("out", "");
+    return outcomeOf(program);
+  }
+
+  Outcome outcomeOf(Program& program) {
+    const int exitCode = program.wait();
+    return {exitCode, TemporaryDirectory::read(files_.file("out")),
             TemporaryDirectory::read(files_.file("err"))};
+  }
+
+  Words words(const std::string& verb, const Words& arguments) const {
+    Words all = {verb, "--dir", tables_.path()};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    return all;
+  }
+
+  static Words programWords(const Words& given) {
+    Words all = programAt(ZVWT_TOOL_PATH);
+    all.insert(all.end(), given.begin(), given.end());
+    return all;
+  }
+
+  /// One of the tests' own files as a stream.
+  [[nodiscard]] Stream file(const std::string& name) const {
+    return Program::file(files_.file(name));
   }
 
   /// The line that a verb prints: the name of a table.
