@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <fstream>
@@ -21,6 +20,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/zvb_environment.h"
 #include "base/zvb_scan.h"
 
 namespace {
@@ -92,25 +92,16 @@ std::optional<std::string> findInIni(std::string_view ini, const OptionName& wan
   return std::nullopt;
 }
 
-/// A variable without text counts as one that is not set.
-const char* environmentVariable(const char* name) noexcept {
-  // NOLINTNEXTLINE(concurrency-mt-unsafe): the environment can only be read in this way
-  const char* const value = std::getenv(name);
-  return value != nullptr && *value != '\0' ? value : nullptr;
-}
-
 std::optional<std::string> findInEnvironment(std::string_view key) {
   std::string name = "ZVB_";
   std::transform(key.begin(), key.end(), std::back_inserter(name), [](char character) {
     const bool isLower = character >= 'a' && character <= 'z';
     return character == '/' ? '_' : static_cast<char>(isLower ? character - 'a' + 'A' : character);
   });
-  const char* const value = environmentVariable(name.c_str());
-  return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
+  return zvbEnvironmentVariable(name);
 }
 
-std::string readFile(const char* utf8Path) {
-  const std::string_view path = utf8Path;
+std::string readFile(const std::string& path) {
   std::ifstream stream(std::filesystem::path(std::u8string(path.begin(), path.end())),
                        std::ios::binary);
   std::string text;
@@ -123,8 +114,8 @@ std::string readFile(const char* utf8Path) {
 }
 
 std::optional<std::string> findInIniFile(std::string_view key) {
-  const char* const path = environmentVariable("ZVB_CONFIG");
-  return path != nullptr ? findInIni(readFile(path), parseKey(key)) : std::nullopt;
+  const std::optional<std::string> path = zvbEnvironmentVariable("ZVB_CONFIG");
+  return path ? findInIni(readFile(*path), parseKey(key)) : std::nullopt;
 }
 
 class ConfigOptions final : public ZvbConfigOptions {
