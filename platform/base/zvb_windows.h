@@ -1,5 +1,5 @@
 /// Texts on their way into Windows and back: UTF-8 here, UTF-16 there. Only the Windows halves of
-/// the platform use it.
+/// the platform use it. On failure GetLastError() tells which one it was.
 #pragma once
 
 /// Writes `text` in UTF-16 with its terminator. False when it is not UTF-8 or needs more than

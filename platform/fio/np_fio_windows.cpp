@@ -37,6 +37,9 @@ int statusOf(DWORD code) noexcept {
     case ERROR_DEV_NOT_EXIST:
     case ERROR_FILE_CORRUPT:
     case ERROR_DISK_CORRUPT:
+    case ERROR_UNEXP_NET_ERR:
+    case ERROR_NETNAME_DELETED:
+    case ERROR_SEM_TIMEOUT:  // of a network's answer
       return npFioInputOutput;
     case ERROR_INVALID_PARAMETER:
     case ERROR_INVALID_HANDLE:
@@ -48,6 +51,7 @@ int statusOf(DWORD code) noexcept {
     case ERROR_BAD_NETPATH:
     case ERROR_BAD_NET_NAME:
     case ERROR_DIRECTORY:
+    case ERROR_DELETE_PENDING:
       return npFioNotFound;
     case ERROR_ACCESS_DENIED:
     case ERROR_NETWORK_ACCESS_DENIED:
@@ -64,21 +68,27 @@ int statusOf(DWORD code) noexcept {
     case ERROR_TOO_MANY_OPEN_FILES:
       return npFioTooManyFiles;
     case ERROR_FILENAME_EXCED_RANGE:
+    case ERROR_BUFFER_OVERFLOW:
+    case ERROR_INSUFFICIENT_BUFFER:  // for the path in the other encoding
       return npFioPathTooLong;
     case ERROR_PIPE_BUSY:
     case ERROR_BAD_PIPE:
     case ERROR_CANT_RESOLVE_FILENAME:
+    case ERROR_CANT_ACCESS_FILE:
       return npFioNotRegular;
     case ERROR_SHARING_VIOLATION:
     case ERROR_LOCK_VIOLATION:
+    case ERROR_USER_MAPPED_FILE:
       return npFioInUse;
     case ERROR_INVALID_NAME:
     case ERROR_BAD_PATHNAME:
+    case ERROR_NO_UNICODE_TRANSLATION:
       return npFioNotPlainName;
     case ERROR_NOT_ENOUGH_MEMORY:
     case ERROR_OUTOFMEMORY:
     case ERROR_NO_SYSTEM_RESOURCES:
     case ERROR_COMMITMENT_LIMIT:
+    case ERROR_NOT_ENOUGH_QUOTA:
       return npFioNoMemory;
     case ERROR_WRITE_PROTECT:
       return npFioReadOnlyMedium;
@@ -97,14 +107,15 @@ HANDLE handle(File file) noexcept { return reinterpret_cast<HANDLE>(file); }
 class WidePath {
  public:
   explicit WidePath(const char* path) noexcept
-      : isValid_(zvbToWide(path, wide_.data(), static_cast<int>(wide_.size()))) {}
+      : status_(statusOfCall(zvbToWide(path, wide_.data(), static_cast<int>(wide_.size())))) {}
 
-  [[nodiscard]] bool isValid() const noexcept { return isValid_; }
+  /// npFioPathTooLong, or npFioNotPlainName for what is not UTF-8.
+  [[nodiscard]] int status() const noexcept { return status_; }
   [[nodiscard]] const wchar_t* get() const noexcept { return wide_.data(); }
 
  private:
   std::array<wchar_t, npFioPathSize> wide_;
-  bool isValid_;
+  int status_;
 };
 
 /// Others may do anything with an open file: only-writers agree by a lock.
@@ -115,8 +126,8 @@ constexpr DWORD existingFlags = FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPA
 int openHandle(const char* path, DWORD access, DWORD disposition, DWORD sharing, DWORD flags,
                SECURITY_ATTRIBUTES* security, File* file) noexcept {
   const WidePath wide(path);
-  if (!wide.isValid()) {
-    return npFioNotPlainName;
+  if (wide.status() != npFioSuccess) {
+    return wide.status();
   }
   HANDLE opened = CreateFileW(wide.get(), access, sharing, security, disposition, flags, nullptr);
   *file = reinterpret_cast<File>(opened);
@@ -427,7 +438,7 @@ int list(const char* directory, np_fio_nameTaker taker, void* context) noexcept 
   std::strcpy(pattern + length, needsSeparator ? "\\*" : "*");
   std::array<wchar_t, sizeof pattern> wide;
   if (!zvbToWide(pattern, wide.data(), static_cast<int>(wide.size()))) {
-    return npFioNotPlainName;
+    return statusOf(GetLastError());
   }
   WIN32_FIND_DATAW found;
   HANDLE const search = FindFirstFileW(wide.data(), &found);
@@ -448,7 +459,7 @@ int list(const char* directory, np_fio_nameTaker taker, void* context) noexcept 
 
 int remove(const char* path) noexcept {
   const WidePath wide(path);
-  return wide.isValid() ? statusOfCall(DeleteFileW(wide.get())) : npFioNotPlainName;
+  return wide.status() == npFioSuccess ? statusOfCall(DeleteFileW(wide.get())) : wide.status();
 }
 
 }  // namespace fioSystem
@@ -469,5 +480,5 @@ int np_fio_tmpdir(char* buffer, int size) noexcept {
   if (!isRoot && wide[length - 1] == L'\\') {
     wide[length - 1] = L'\0';
   }
-  return zvbFromWide(wide.data(), buffer, size) ? npFioSuccess : npFioPathTooLong;
+  return fioSystem::statusOfCall(zvbFromWide(wide.data(), buffer, size));
 }
