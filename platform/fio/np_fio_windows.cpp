@@ -3,6 +3,8 @@
 #define NOMINMAX
 #endif
 #include <windows.h>
+// Needs the types of the header above.
+#include <winternl.h>
 
 #include <algorithm>
 #include <array>
@@ -14,6 +16,10 @@
 #include "fio/np_fio_system.h"
 #include "fio/np_fio_work.h"
 
+/// The status behind the last error code of this thread. The system has it for everybody, but not
+/// in its headers.
+extern "C" NTSTATUS NTAPI RtlGetLastNtStatus();
+
 const char np_dir_listsep = ';';
 
 namespace fioSystem {
@@ -23,6 +29,13 @@ const char* const separators = "\\/";
 namespace {
 
 constexpr DWORD diskQuotaExceeded = 1295;  // not every windows.h has its name
+
+/// A removed file that others have open may keep its name until they close it. Nobody can open it
+/// any more, which the system calls a lack of rights.
+int statusOfDenial() noexcept {
+  constexpr auto deletePending = static_cast<NTSTATUS>(0xC0000056);
+  return RtlGetLastNtStatus() == deletePending ? npFioNotFound : npFioAccessDenied;
+}
 
 int statusOf(DWORD code) noexcept {
   switch (code) {
@@ -54,6 +67,7 @@ int statusOf(DWORD code) noexcept {
     case ERROR_DELETE_PENDING:
       return npFioNotFound;
     case ERROR_ACCESS_DENIED:
+      return statusOfDenial();
     case ERROR_NETWORK_ACCESS_DENIED:
     case ERROR_PRIVILEGE_NOT_HELD:
       return npFioAccessDenied;
@@ -265,7 +279,32 @@ int lockNewFile(File file) noexcept {
   if (GetFileInformationByHandleEx(handle(file), FileStandardInfo, &found, sizeof found) == FALSE) {
     return statusOf(GetLastError());
   }
-  return found.DeletePending == FALSE ? npFioSuccess : npFioExists;
+  return found.DeletePending == FALSE && found.NumberOfLinks > 0 ? npFioSuccess : npFioExists;
+}
+
+/// Frees the name at once, even where others have the file open, if the file system can do that;
+/// otherwise when the last of them closes it.
+int markDeleted(File file) noexcept {
+  constexpr auto dispositionEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(21);
+  constexpr DWORD deleteFreeingName = 0x1 | 0x2;  // not every windows.h has these names
+  DWORD flags = deleteFreeingName;
+  if (SetFileInformationByHandle(handle(file), dispositionEx, &flags, sizeof flags) != FALSE) {
+    return npFioSuccess;
+  }
+  FILE_DISPOSITION_INFO disposition = {TRUE};
+  return statusOfCall(SetFileInformationByHandle(handle(file), FileDispositionInfo, &disposition,
+                                                 sizeof disposition));
+}
+
+int removeOnce(const char* path) noexcept {
+  File file = 0;
+  int status = openHandle(path, DELETE, OPEN_EXISTING, sharedWithAll, FILE_FLAG_OPEN_REPARSE_POINT,
+                          nullptr, &file);
+  if (status == npFioSuccess) {
+    status = markDeleted(file);
+    CloseHandle(handle(file));
+  }
+  return status;
 }
 
 int createDeletedOnClose(const char* path, File* file) noexcept {
@@ -457,9 +496,16 @@ int list(const char* directory, np_fio_nameTaker taker, void* context) noexcept 
   return code == ERROR_NO_MORE_FILES ? npFioSuccess : statusOf(code);
 }
 
+/// Virus scanners and the like open what was just written, and some let nobody remove it meanwhile.
 int remove(const char* path) noexcept {
-  const WidePath wide(path);
-  return wide.status() == npFioSuccess ? statusOfCall(DeleteFileW(wide.get())) : wide.status();
+  constexpr int attempts = 10;
+  constexpr DWORD pause = 20;  // milliseconds
+  int status = removeOnce(path);
+  for (int attempt = 1; attempt < attempts && status == npFioInUse; ++attempt) {
+    Sleep(pause);
+    status = removeOnce(path);
+  }
+  return status;
 }
 
 }  // namespace fioSystem
