@@ -126,8 +126,9 @@ void np_fio_writeAlone(np_fio_handle file) noexcept;
 
 /// Describes a file by its path, and a link itself rather than what it leads to.
 [[nodiscard]] int np_fio_stat64(const char* path, np_fio_stat* info) noexcept;
-/// When the file was made, in nanoseconds since 1970-01-01 UTC, which nobody can set. The lowest
-/// number stands for a time that the system does not tell. No link is followed.
+/// When the file was made, in nanoseconds since 1970-01-01 UTC, which nobody can set, except on
+/// Windows who may write the file. The lowest number stands for a time that the system does not
+/// tell. No link is followed.
 [[nodiscard]] int np_fio_madeTime(const char* path, std::int64_t* time) noexcept;
 [[nodiscard]] int np_fio_unlink(const char* path) noexcept;
 

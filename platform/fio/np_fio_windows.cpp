@@ -242,30 +242,49 @@ std::int64_t nanoseconds(const FILETIME& time) noexcept {
   return std::clamp(steps, -most, most) * 100;
 }
 
-int describe(const char* path, BY_HANDLE_FILE_INFORMATION* found) noexcept {
-  File file = 0;
-  int status = openHandle(path, FILE_READ_ATTRIBUTES, OPEN_EXISTING, sharedWithAll, existingFlags,
-                          nullptr, &file);
-  if (status == npFioSuccess) {
-    status = statusOfCall(GetFileInformationByHandle(handle(file), found));
-    CloseHandle(handle(file));
-  }
-  return status;
+/// File systems that keep no such time give 0.
+bool isTold(const FILETIME& time) noexcept {
+  return time.dwLowDateTime != 0 || time.dwHighDateTime != 0;
+}
+
+/// Opens whatever there is, a link itself, to be described, with its owner where that may be known.
+int openToDescribe(const char* path, File* file) noexcept {
+  const auto openFor = [&](DWORD access) {
+    return openHandle(path, access, OPEN_EXISTING, sharedWithAll, existingFlags, nullptr, file);
+  };
+  const int status = openFor(FILE_READ_ATTRIBUTES | READ_CONTROL);
+  return status == npFioAccessDenied ? openFor(FILE_READ_ATTRIBUTES) : status;
 }
 
 /// The last part of the owner's identifier, by which the users of one machine differ; 0 when the
 /// system does not tell.
-std::uint32_t ownerOf(const WidePath& path) noexcept {
+std::uint32_t ownerOf(File file) noexcept {
   alignas(
       SECURITY_DESCRIPTOR) unsigned char bytes[sizeof(SECURITY_DESCRIPTOR) + SECURITY_MAX_SID_SIZE];
   DWORD size = 0;
   PSID owner = nullptr;
   BOOL isDefault = FALSE;
-  const bool found = GetFileSecurityW(path.get(), OWNER_SECURITY_INFORMATION, bytes, sizeof bytes,
-                                      &size) != FALSE &&
+  const bool found = GetKernelObjectSecurity(handle(file), OWNER_SECURITY_INFORMATION, bytes,
+                                             sizeof bytes, &size) != FALSE &&
                      GetSecurityDescriptorOwner(bytes, &owner, &isDefault) != FALSE &&
                      owner != nullptr && *GetSidSubAuthorityCount(owner) > 0;
   return found ? *GetSidSubAuthority(owner, *GetSidSubAuthorityCount(owner) - 1U) : 0;
+}
+
+/// File systems that number their files with 128 bits have no 64 that tell all of them apart.
+void identify(File file, const BY_HANDLE_FILE_INFORMATION& found, np_fio_stat* info) noexcept {
+  constexpr std::uint64_t spread = 0x9E3779B97F4A7C15;  // so that the halves rarely cancel out
+  FILE_ID_INFO wide;
+  if (GetFileInformationByHandleEx(handle(file), FileIdInfo, &wide, sizeof wide) != FALSE) {
+    std::uint64_t halves[2];
+    static_assert(sizeof halves == sizeof wide.FileId);
+    std::memcpy(halves, &wide.FileId, sizeof halves);
+    info->device = wide.VolumeSerialNumber;
+    info->number = halves[0] + halves[1] * spread;
+  } else {
+    info->device = found.dwVolumeSerialNumber;
+    info->number = std::uint64_t{found.nFileIndexHigh} << 32 | found.nFileIndexLow;
+  }
 }
 
 /// Between its creation and its lock, a new file looks like one that a killed process has left: who
@@ -442,26 +461,38 @@ void willRead(File /*file*/, std::int64_t /*offset*/, std::int64_t /*bytes*/) no
 }
 
 int stat(const char* path, np_fio_stat* info) noexcept {
-  BY_HANDLE_FILE_INFORMATION found;
-  const int status = describe(path, &found);
+  File file = 0;
+  int status = openToDescribe(path, &file);
   if (status != npFioSuccess) {
     return status;
   }
-  *info = {.size = wholeNumber(found.nFileSizeHigh, found.nFileSizeLow),
-           .modifiedTime = nanoseconds(found.ftLastWriteTime),
-           .owner = ownerOf(WidePath(path)),
-           .isRegular = isRegular(found.dwFileAttributes),
-           .device = found.dwVolumeSerialNumber,
-           .number = std::uint64_t{found.nFileIndexHigh} << 32 | found.nFileIndexLow};
-  return npFioSuccess;
+  BY_HANDLE_FILE_INFORMATION found;
+  status = statusOfCall(GetFileInformationByHandle(handle(file), &found));
+  if (status == npFioSuccess) {
+    *info = {.size = wholeNumber(found.nFileSizeHigh, found.nFileSizeLow),
+             .modifiedTime = nanoseconds(found.ftLastWriteTime),
+             .owner = ownerOf(file),
+             .isRegular = isRegular(found.dwFileAttributes),
+             .device = 0,
+             .number = 0};
+    identify(file, found, info);
+  }
+  CloseHandle(handle(file));
+  return status;
 }
 
 int madeTime(const char* path, std::int64_t* time) noexcept {
-  BY_HANDLE_FILE_INFORMATION found;
-  const int status = describe(path, &found);
-  if (status == npFioSuccess) {
-    *time = nanoseconds(found.ftCreationTime);
+  File file = 0;
+  int status = openToDescribe(path, &file);
+  if (status != npFioSuccess) {
+    return status;
   }
+  FILETIME made;
+  status = statusOfCall(GetFileTime(handle(file), &made, nullptr, nullptr));
+  if (status == npFioSuccess) {
+    *time = isTold(made) ? nanoseconds(made) : std::numeric_limits<std::int64_t>::min();
+  }
+  CloseHandle(handle(file));
   return status;
 }
 
