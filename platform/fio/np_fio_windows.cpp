@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <cwchar>
 #include <limits>
 
 #include "base/zvb_windows.h"
@@ -223,9 +222,9 @@ OVERLAPPED placeAt(std::int64_t offset) noexcept {
   return place;
 }
 
-/// A transfer counts its bytes in 32 bits.
+/// A transfer counts its bytes in 32 bits, and network file systems may refuse large ones.
 DWORD transferSize(std::size_t size) noexcept {
-  constexpr std::size_t most = std::size_t{1} << 30;
+  constexpr std::size_t most = std::size_t{1} << 24;
   return static_cast<DWORD>(std::min(size, most));
 }
 
@@ -423,17 +422,16 @@ Room room(File file) noexcept {
              .sizeLimit = unlimited,
              .blockSize = usualCluster,
              .isInMemory = false};
-  std::array<wchar_t, 2 * npFioPathSize> path;
-  const DWORD length = GetFinalPathNameByHandleW(handle(file), path.data(),
-                                                 static_cast<DWORD>(path.size()), VOLUME_NAME_DOS);
-  wchar_t* const name = length != 0 && length < path.size() ? wcsrchr(path.data(), L'\\') : nullptr;
-  ULARGE_INTEGER free;
-  if (name != nullptr) {
-    name[1] = L'\0';  // the directory's path
-    if (GetDiskFreeSpaceExW(path.data(), &free, nullptr, nullptr) != FALSE) {
-      found.freeBytes = static_cast<std::int64_t>(
-          std::min<std::uint64_t>(free.QuadPart, static_cast<std::uint64_t>(unlimited)));
-    }
+  IO_STATUS_BLOCK block;
+  FILE_FS_FULL_SIZE_INFORMATION space = {};
+  const NTSTATUS status = NtQueryVolumeInformationFile(handle(file), &block, &space, sizeof space,
+                                                       FileFsFullSizeInformation);
+  const std::int64_t cluster =
+      std::int64_t{space.SectorsPerAllocationUnit} * std::int64_t{space.BytesPerSector};
+  if (status >= 0 && cluster > 0) {
+    const std::int64_t clusters = space.CallerAvailableAllocationUnits.QuadPart;
+    found.blockSize = cluster;
+    found.freeBytes = std::clamp<std::int64_t>(clusters, 0, unlimited / cluster) * cluster;
   }
   return found;
 }
@@ -513,7 +511,9 @@ int list(const char* directory, np_fio_nameTaker taker, void* context) noexcept 
   WIN32_FIND_DATAW found;
   HANDLE const search = FindFirstFileW(wide.data(), &found);
   if (search == INVALID_HANDLE_VALUE) {
-    return statusOf(GetLastError());
+    // A root has no "." and "..": when it is empty, nothing is found in a directory that is there.
+    const DWORD code = GetLastError();
+    return code == ERROR_FILE_NOT_FOUND ? npFioSuccess : statusOf(code);
   }
   BOOL hasMore = TRUE;
   for (bool goesOn = true; goesOn && hasMore != FALSE;) {
