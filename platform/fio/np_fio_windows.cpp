@@ -172,10 +172,11 @@ int checkRegular(File file) noexcept {
   return isRegular(found.dwFileAttributes) ? npFioSuccess : npFioNotRegular;
 }
 
-/// Lets the user of this process do everything with a new file, and nobody else anything.
+/// Lets the user of this thread do everything with a new file, and nobody else anything. Its owner
+/// is named, too: on another machine's disk that is who this user is there.
 class OwnerOnly {
  public:
-  OwnerOnly() noexcept { isMade_ = findUser() && makeList(); }
+  OwnerOnly() noexcept { isMade_ = findUser() && nameOwner() && makeList(); }
   OwnerOnly(const OwnerOnly&) = delete;
   OwnerOnly& operator=(const OwnerOnly&) = delete;
   ~OwnerOnly() = default;
@@ -186,7 +187,8 @@ class OwnerOnly {
  private:
   bool findUser() noexcept {
     HANDLE token = nullptr;
-    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == FALSE) {
+    if (OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token) == FALSE &&
+        OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == FALSE) {
       return false;
     }
     DWORD size = 0;
@@ -195,21 +197,29 @@ class OwnerOnly {
     return found != FALSE;
   }
 
+  bool nameOwner() noexcept {
+    DWORD size = sizeof owner_;
+    return CreateWellKnownSid(WinCreatorOwnerRightsSid, nullptr, owner_, &size) != FALSE;
+  }
+
   bool makeList() noexcept {
     auto* list = reinterpret_cast<ACL*>(list_);
     PSID user = reinterpret_cast<const TOKEN_USER*>(user_)->User.Sid;
     attributes_ = {sizeof attributes_, &descriptor_, FALSE};
     return InitializeAcl(list, sizeof list_, ACL_REVISION) != FALSE &&
            AddAccessAllowedAce(list, ACL_REVISION, FILE_ALL_ACCESS, user) != FALSE &&
+           AddAccessAllowedAce(list, ACL_REVISION, FILE_ALL_ACCESS, owner_) != FALSE &&
            InitializeSecurityDescriptor(&descriptor_, SECURITY_DESCRIPTOR_REVISION) != FALSE &&
            SetSecurityDescriptorDacl(&descriptor_, TRUE, list, FALSE) != FALSE &&
            SetSecurityDescriptorControl(&descriptor_, SE_DACL_PROTECTED, SE_DACL_PROTECTED) !=
                FALSE;
   }
 
+  static constexpr std::size_t entrySize = sizeof(ACCESS_ALLOWED_ACE) + SECURITY_MAX_SID_SIZE;
+
   alignas(TOKEN_USER) unsigned char user_[sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE];
-  alignas(
-      ACL) unsigned char list_[sizeof(ACL) + sizeof(ACCESS_ALLOWED_ACE) + SECURITY_MAX_SID_SIZE];
+  alignas(SID) unsigned char owner_[SECURITY_MAX_SID_SIZE];
+  alignas(ACL) unsigned char list_[sizeof(ACL) + 2 * entrySize];
   SECURITY_DESCRIPTOR descriptor_;
   SECURITY_ATTRIBUTES attributes_;
   bool isMade_;
