@@ -34,6 +34,8 @@ Block allocateFor(std::size_t size, std::uint32_t oldCapacity) noexcept {
 
 }  // namespace
 
+void ZvbText::freeHeap() const noexcept { delete[] heap_; }
+
 bool ZvbText::assignLong(const char* text, std::size_t size) noexcept {
   if (size > maximumSize) {
     return false;

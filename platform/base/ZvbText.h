@@ -21,7 +21,11 @@ class ZvbText {
   ZvbText() noexcept { inline_[0] = '\0'; }
   ZvbText(const ZvbText&) = delete;
   ZvbText& operator=(const ZvbText&) = delete;
-  ~ZvbText() { delete[] heap_; }
+  ~ZvbText() {
+    if (heap_ != nullptr) [[unlikely]] {
+      freeHeap();
+    }
+  }
 
   /// Replaces the text by `size` bytes, which may be part of this very text. False, and the text
   /// unchanged, when memory is short or the text too long.
@@ -133,6 +137,10 @@ class ZvbText {
     std::memcpy(target, &first, sizeof first);
     std::memcpy(target + size - sizeof last, &last, sizeof last);
   }
+
+  /// Inline it would give memory of the library to the heap of the program, which on Windows need
+  /// not be the same.
+  ZVB_API void freeHeap() const noexcept;
 
   // Kept out of line so that assigning a short text stays small wherever it is inlined.
   [[nodiscard, gnu::noinline]] ZVB_API bool assignLong(const char* text, std::size_t size) noexcept;
