@@ -21,8 +21,8 @@ using File = std::intptr_t;
 /// Makes a file that did not exist, for this user alone, and opens it as its only writer. When that
 /// fails no file is left behind; npFioExists and npFioInUse ask for another name.
 [[nodiscard]] int create(const char* path, File* file) noexcept;
-/// Makes and opens a file in `directory` that is under no name by the time this returns, and gone
-/// when it is closed.
+/// Makes and opens a file in `directory` that nobody else can open by the time this returns, and
+/// that is gone when it is closed.
 [[nodiscard]] int createUnseen(const char* directory, File* file) noexcept;
 /// Makes a file under a name that nobody has yet, the prefix and 16 random lower-case letters and
 /// digits; writes its path. The same on every system.
