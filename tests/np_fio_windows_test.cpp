@@ -130,9 +130,8 @@ TEST(Paths, HaveBothSeparatorsAndDrives) {
     EXPECT_STREQ(directory.data(), split.directory);
     EXPECT_STREQ(name.data(), split.name);
   }
-  for (const Case& joined :
-       {Case{"C:\\tmp\\x", "C:\\tmp", "x"}, Case{"C:\\x", "C:\\", "x"}, Case{"C:/x", "C:/", "x"},
-        Case{"x", "", "x"}}) {
+  for (const Case& joined : {Case{"C:\\tmp\\x", "C:\\tmp", "x"}, Case{"C:\\x", "C:\\", "x"},
+                             Case{"C:/x", "C:/", "x"}, Case{"x", "", "x"}}) {
     EXPECT_EQ(np_fio_pcat(joined.directory, joined.name, name.data(), 24), npFioSuccess);
     EXPECT_STREQ(name.data(), joined.path);
   }

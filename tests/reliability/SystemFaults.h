@@ -10,19 +10,26 @@ inline constexpr unsigned open = 1U << 0;
 inline constexpr unsigned close = 1U << 1;
 inline constexpr unsigned read = 1U << 2;
 inline constexpr unsigned write = 1U << 3;
-inline constexpr unsigned size = 1U << 4;      // fstat
-inline constexpr unsigned describe = 1U << 5;  // lstat, statx
+inline constexpr unsigned size = 1U << 4;
+inline constexpr unsigned describe = 1U << 5;
 inline constexpr unsigned truncate = 1U << 6;
 inline constexpr unsigned unlink = 1U << 7;
 inline constexpr unsigned lock = 1U << 8;
-inline constexpr unsigned reserve = 1U << 9;  // fallocate
+inline constexpr unsigned reserve = 1U << 9;
 inline constexpr unsigned fileSystem = 1U << 10;
 inline constexpr unsigned advise = 1U << 11;
-inline constexpr unsigned limit = 1U << 12;  // getrlimit
+inline constexpr unsigned limit = 1U << 12;
 inline constexpr unsigned random = 1U << 13;
-inline constexpr unsigned list = 1U << 14;  // opendir, readdir
+inline constexpr unsigned list = 1U << 14;
 inline constexpr unsigned all = (1U << 15) - 1;
 }  // namespace call
+
+/// The system's numbers for reasons to fail; `none` where it has no such reason.
+namespace code {
+inline constexpr int none = -1;
+extern const int inputOutput, diskFull, quotaUsedUp, fileTooLarge, tooManyFiles, outOfMemory,
+    accessDenied, readOnlyMedium, notFound, inUse, unheardOf, unsupported, interrupted;
+}  // namespace code
 
 struct Fault {
   enum class Effect {
@@ -32,7 +39,7 @@ struct Fault {
   };
   const char* name;
   unsigned calls;  // to which it happens
-  int code;        // errno
+  int code;        // of those above
   int status;      // what the file layer makes of it
   Effect effect = Effect::fails;
   bool lasts = true;      // it can go on for ever

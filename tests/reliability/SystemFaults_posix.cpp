@@ -19,6 +19,22 @@
 
 #include "reliability/SystemFaults.h"
 
+namespace code {
+const int inputOutput = EIO;
+const int diskFull = ENOSPC;
+const int quotaUsedUp = EDQUOT;
+const int fileTooLarge = EFBIG;
+const int tooManyFiles = EMFILE;
+const int outOfMemory = ENOMEM;
+const int accessDenied = EACCES;
+const int readOnlyMedium = EROFS;
+const int notFound = ENOENT;
+const int inUse = EWOULDBLOCK;
+const int unheardOf = EXFULL;
+const int unsupported = EOPNOTSUPP;
+const int interrupted = EINTR;
+}  // namespace code
+
 namespace {
 
 using Path = std::array<char, 512>;

@@ -2,8 +2,6 @@
 /// the operation passes all the same or says why not, takes nothing from anybody, and passes when
 /// the trouble is over.
 
-#include <cerrno>
-
 #include "fio/np_fio.h"
 #include "reliability/Operations.h"
 #include "reliability/Sweep.h"
@@ -15,27 +13,31 @@ constexpr unsigned transfers = call::read | call::write;
 
 /// In what ways calls fail. What is hidden is the file layer's own business.
 const Fault faults[] = {
-    {"input/output error", call::all & ~(call::close | call::limit), EIO, npFioInputOutput},
-    {"disk full", call::open | call::write | call::truncate | call::reserve, ENOSPC, npFioDiskFull},
-    {"quota used up", call::open | call::write | call::reserve, EDQUOT, npFioDiskFull},
-    {"file too large", call::write | call::truncate, EFBIG, npFioDiskFull},
-    {"too many files", call::open, EMFILE, npFioTooManyFiles},
-    {"out of memory", call::open | transfers | call::size | call::describe | call::lock, ENOMEM,
-     npFioNoMemory},
-    {"access denied", call::open | call::describe | call::unlink, EACCES, npFioAccessDenied},
-    {"read-only medium", call::open | call::write | call::truncate | call::unlink, EROFS,
-     npFioReadOnlyMedium},
-    {"file vanished", call::describe | call::unlink, ENOENT, npFioNotFound},
-    {"in use", call::lock, EWOULDBLOCK, npFioInUse},
-    {"unheard of", call::open | transfers | call::lock, EXFULL, npFioSystem + EXFULL},
-    {"write without effect", call::write, EIO, npFioInputOutput, Fault::Effect::transfersNone},
+    {"input/output error", call::all & ~(call::close | call::limit), code::inputOutput,
+     npFioInputOutput},
+    {"disk full", call::open | call::write | call::truncate | call::reserve, code::diskFull,
+     npFioDiskFull},
+    {"quota used up", call::open | call::write | call::reserve, code::quotaUsedUp, npFioDiskFull},
+    {"file too large", call::write | call::truncate, code::fileTooLarge, npFioDiskFull},
+    {"too many files", call::open, code::tooManyFiles, npFioTooManyFiles},
+    {"out of memory", call::open | transfers | call::size | call::describe | call::lock,
+     code::outOfMemory, npFioNoMemory},
+    {"access denied", call::open | call::describe | call::unlink, code::accessDenied,
+     npFioAccessDenied},
+    {"read-only medium", call::open | call::write | call::truncate | call::unlink,
+     code::readOnlyMedium, npFioReadOnlyMedium},
+    {"file vanished", call::describe | call::unlink, code::notFound, npFioNotFound},
+    {"in use", call::lock, code::inUse, npFioInUse},
+    {"unheard of", call::open | transfers | call::lock, code::unheardOf, npFioSystem},
+    {"write without effect", call::write, code::inputOutput, npFioInputOutput,
+     Fault::Effect::transfersNone},
     {"nothing to read", call::read, 0, npFioInputOutput, Fault::Effect::transfersNone},
-    {"failed close", call::close, EIO, 0, Fault::Effect::fails, true, true},
-    {"unsupported", call::reserve | call::fileSystem | call::advise | call::limit, EOPNOTSUPP, 0,
-     Fault::Effect::fails, true, true},
+    {"failed close", call::close, code::inputOutput, 0, Fault::Effect::fails, true, true},
+    {"unsupported", call::reserve | call::fileSystem | call::advise | call::limit,
+     code::unsupported, 0, Fault::Effect::fails, true, true},
     {"interruption",
-     call::open | call::close | transfers | call::truncate | call::lock | call::reserve, EINTR, 0,
-     Fault::Effect::fails, false, true},
+     call::open | call::close | transfers | call::truncate | call::lock | call::reserve,
+     code::interrupted, 0, Fault::Effect::fails, false, true},
     {"partial transfer", transfers, 0, 0, Fault::Effect::transfersLess, true, true},
 };
 
@@ -60,6 +62,11 @@ bool namesCause(const std::string& text, int status) {
                                       contains(text, "status " + std::to_string(status));
 }
 
+/// What nobody has a status for gets one from its number.
+int statusOf(const Fault& fault) {
+  return fault.status == npFioSystem ? npFioSystem + fault.code : fault.status;
+}
+
 class SystemFaultSweep : public Sweep {
  public:
   using Sweep::Sweep;
@@ -67,6 +74,9 @@ class SystemFaultSweep : public Sweep {
   /// The number of points.
   std::int64_t run() {
     for (const Fault& fault : faults) {
+      if (fault.code == code::none) {
+        continue;
+      }
       for (const bool lasts : {false, true}) {
         if (!lasts || fault.lasts) {
           forEachPoint([&](std::int64_t call) { return failsAt(fault, call, lasts); });
@@ -110,8 +120,8 @@ class SystemFaultSweep : public Sweep {
   void expectReason(const Fault& fault) {
     const std::string text = world().error.asCstr();
     EXPECT_GT(messageId(world().error), 0);
-    EXPECT_TRUE(namesCause(text, fault.status) || namesPossibleCauses(text) ||
-                (fault.code == ENOMEM && contains(text, "Memory is short")));
+    EXPECT_TRUE(namesCause(text, statusOf(fault)) || namesPossibleCauses(text) ||
+                (fault.code == code::outOfMemory && contains(text, "Memory is short")));
   }
 };
 

@@ -1,10 +1,10 @@
-#include "support/FileCalls.h"
-
 #include <sys/resource.h>
 
 #include <algorithm>
 #include <fstream>
 #include <string>
+
+#include "support/FileCalls.h"
 
 namespace {
 
@@ -27,8 +27,10 @@ std::int64_t counted(const std::string& name) {
 
 /// The signal that the system sends for an attempt keeps its deadly default: the file layer must
 /// not provoke it.
-SizeLimit::SizeLimit(std::int64_t bytes) : former_(static_cast<std::int64_t>(currentLimit().rlim_cur)) {
-  const rlimit limit = {std::min(static_cast<rlim_t>(bytes), currentLimit().rlim_max), currentLimit().rlim_max};
+SizeLimit::SizeLimit(std::int64_t bytes)
+    : former_(static_cast<std::int64_t>(currentLimit().rlim_cur)) {
+  const rlimit limit = {std::min(static_cast<rlim_t>(bytes), currentLimit().rlim_max),
+                        currentLimit().rlim_max};
   setrlimit(RLIMIT_FSIZE, &limit);
 }
 

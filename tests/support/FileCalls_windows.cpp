@@ -1,8 +1,10 @@
 /// The system has neither limits nor counts of this kind, so the calls pass through here: a program
 /// reaches them through pointers, which this file has in place of the system's.
-#include "support/FileCalls.h"
-
 #include <windows.h>
+
+#include "support/FileCalls.h"
+// Needs the types of the header above.
+#include <winternl.h>
 
 #include <algorithm>
 #include <limits>
@@ -16,9 +18,9 @@ ReadCount reads;
 
 /// The system's function of that name.
 template <typename Function>
-Function* systems(Function* /*type*/, const char* name) {
+Function* systems(Function* /*type*/, const char* name, const wchar_t* library = L"kernel32") {
   return reinterpret_cast<Function*>(
-      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32"), name)));
+      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(library), name)));
 }
 
 BOOL WINAPI read(HANDLE file, void* bytes, DWORD size, DWORD* count, OVERLAPPED* place) {
@@ -40,45 +42,56 @@ BOOL WINAPI write(HANDLE file, const void* bytes, DWORD size, DWORD* count, OVER
   if (place == nullptr) {
     return real(file, bytes, size, count, place);
   }
-  const auto offset = static_cast<std::int64_t>(std::uint64_t{place->OffsetHigh} << 32 | place->Offset);
+  const auto offset =
+      static_cast<std::int64_t>(std::uint64_t{place->OffsetHigh} << 32 | place->Offset);
   const std::int64_t room = limitOfFiles - offset;
   return room <= 0 ? refuse()
                    : real(file, bytes, static_cast<DWORD>(std::min<std::int64_t>(size, room)),
                           count, place);
 }
 
+/// Under a limit a reservation that fits has succeeded, on systems that know none as well.
 BOOL WINAPI set(HANDLE file, FILE_INFO_BY_HANDLE_CLASS what, void* value, DWORD size) {
   static auto* const real = systems(&::SetFileInformationByHandle, "SetFileInformationByHandle");
-  const bool isSize = what == FileEndOfFileInfo || what == FileAllocationInfo;
-  LARGE_INTEGER before;
-  if (isSize && static_cast<LARGE_INTEGER*>(value)->QuadPart > limitOfFiles &&
-      GetFileSizeEx(file, &before) != FALSE &&
-      before.QuadPart < static_cast<LARGE_INTEGER*>(value)->QuadPart) {
+  if (limitOfFiles == unlimited || (what != FileEndOfFileInfo && what != FileAllocationInfo)) {
+    return real(file, what, value, size);
+  }
+  const std::int64_t wanted = static_cast<LARGE_INTEGER*>(value)->QuadPart;
+  LARGE_INTEGER before = {};
+  GetFileSizeEx(file, &before);
+  if (wanted > limitOfFiles && wanted > before.QuadPart) {
     return refuse();
   }
-  return real(file, what, value, size);
-}
-
-BOOL WINAPI freeSpace(const wchar_t* path, ULARGE_INTEGER* free, ULARGE_INTEGER* all,
-                      ULARGE_INTEGER* freeOfAll) {
-  static auto* const real = systems(&::GetDiskFreeSpaceExW, "GetDiskFreeSpaceExW");
-  const BOOL done = real(path, free, all, freeOfAll);
-  free->QuadPart = std::min(free->QuadPart, static_cast<ULONGLONG>(limitOfFiles));
-  return done;
+  return what == FileAllocationInfo ? TRUE : real(file, what, value, size);
 }
 
 }  // namespace
 
 extern "C" {
+
 extern decltype(&::ReadFile) const __imp_ReadFile;
 extern decltype(&::WriteFile) const __imp_WriteFile;
 extern decltype(&::SetFileInformationByHandle) const __imp_SetFileInformationByHandle;
-extern decltype(&::GetDiskFreeSpaceExW) const __imp_GetDiskFreeSpaceExW;
 decltype(&::ReadFile) const __imp_ReadFile = read;
 decltype(&::WriteFile) const __imp_WriteFile = write;
 decltype(&::SetFileInformationByHandle) const __imp_SetFileInformationByHandle = set;
-decltype(&::GetDiskFreeSpaceExW) const __imp_GetDiskFreeSpaceExW = freeSpace;
+
+/// As many free bytes as the limit has, in units of one byte.
+NTSTATUS NTAPI NtQueryVolumeInformationFile(HANDLE file, IO_STATUS_BLOCK* outcome, void* value,
+                                            ULONG size, FS_INFORMATION_CLASS what) {
+  static auto* const real =
+      systems(&::NtQueryVolumeInformationFile, "NtQueryVolumeInformationFile", L"ntdll");
+  const NTSTATUS status = real(file, outcome, value, size, what);
+  if (limitOfFiles != unlimited && what == FileFsFullSizeInformation) {
+    auto* const space = static_cast<FILE_FS_FULL_SIZE_INFORMATION*>(value);
+    space->CallerAvailableAllocationUnits.QuadPart = limitOfFiles;
+    space->SectorsPerAllocationUnit = 1;
+    space->BytesPerSector = 1;
+  }
+  return status;
 }
+
+}  // extern "C"
 
 SizeLimit::SizeLimit(std::int64_t bytes) : former_(limitOfFiles) { limitOfFiles = bytes; }
 

@@ -1,11 +1,11 @@
-#include "support/OddKinds.h"
-
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <filesystem>
+
+#include "support/OddKinds.h"
 
 namespace {
 
@@ -26,14 +26,13 @@ std::function<bool(const std::string&)> linkTo(const std::string& target) {
 }  // namespace
 
 std::vector<OddKind> oddKinds(const std::string& same) {
-  return {
-      {"link to a good one", linkTo(same)},
-      {"dangling link", linkTo("nowhere")},
-      {"link to zeros", linkTo("/dev/zero")},
-      {"link to nothing", linkTo("/dev/null")},
-      {"link to a directory", linkTo("/")},
-      {"pipe", [](const std::string& path) { return mkfifo(path.c_str(), 0600) == 0; }},
-      {"socket", makeSocket},
-      {"directory",
-       [](const std::string& path) { return std::filesystem::create_directory(path); }}};
+  return {{"link to a good one", linkTo(same)},
+          {"dangling link", linkTo("nowhere")},
+          {"link to zeros", linkTo("/dev/zero")},
+          {"link to nothing", linkTo("/dev/null")},
+          {"link to a directory", linkTo("/")},
+          {"pipe", [](const std::string& path) { return mkfifo(path.c_str(), 0600) == 0; }},
+          {"socket", makeSocket},
+          {"directory",
+           [](const std::string& path) { return std::filesystem::create_directory(path); }}};
 }

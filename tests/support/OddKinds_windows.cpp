@@ -1,10 +1,9 @@
-#include "support/OddKinds.h"
-
 #include <filesystem>
 
+#include "support/OddKinds.h"
+
 /// Links need a privilege that few users have.
-std::vector<OddKind> oddKinds(const std::string& same) {
-  return {{"directory", [](const std::string& path) {
-             return std::filesystem::create_directory(path);
-           }}};
+std::vector<OddKind> oddKinds(const std::string& /*same*/) {
+  return {{"directory",
+           [](const std::string& path) { return std::filesystem::create_directory(path); }}};
 }

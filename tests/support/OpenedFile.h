@@ -37,4 +37,3 @@ inline std::string readText(np_fio_handle file, std::size_t size) {
 inline int putText(np_fio_handle file, const std::string& text) {
   return np_fio_putb(file, text.data(), static_cast<int>(text.size()));
 }
-

@@ -1,9 +1,9 @@
-#include "support/OrdinaryUser.h"
-
 #include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "support/OrdinaryUser.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
-#include "support/OrdinaryUser.h"
-
 #include <gtest/gtest.h>
+
+#include "support/OrdinaryUser.h"
 
 bool isRoot() { return false; }
 

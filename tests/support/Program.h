@@ -13,7 +13,7 @@ class Program {
   /// What one of its standard streams is connected with.
   struct Stream {
     enum class Kind {
-      nothing,   // the system's device that has nothing and takes everything
+      nothing,  // the system's device that has nothing and takes everything
       sameAsTest,
       file,      // at `path`; written anew
       pipe,      // whose other end is here

@@ -1,5 +1,3 @@
-#include "support/Program.h"
-
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
@@ -11,6 +9,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
+
+#include "support/Program.h"
 
 namespace {
 
@@ -36,7 +36,7 @@ int connect(posix_spawn_file_actions_t* actions, int number, const Program::Stre
     return pipe.ends[isInput ? 1 : 0];
   }
   if (stream.kind != Kind::sameAsTest) {
-    const std::string path = stream.kind == Kind::file      ? stream.path
+    const std::string path = stream.kind == Kind::file       ? stream.path
                              : stream.kind == Kind::refusing ? "/dev/full"
                                                              : "/dev/null";
     posix_spawn_file_actions_addopen(actions, number, path.c_str(),

@@ -1,6 +1,6 @@
-#include "support/Program.h"
-
 #include <windows.h>
+
+#include "support/Program.h"
 // Needs the types of the header above.
 #include <fcntl.h>
 #include <io.h>
@@ -57,7 +57,8 @@ HANDLE connect(DWORD number, const Program::Stream& stream, std::intptr_t* ours)
 std::wstring quoted(const std::string& word) {
   std::wstring text = L"\"";
   std::size_t backslashes = 0;
-  for (const wchar_t unit : std::filesystem::path(word).native()) {
+  const std::filesystem::path wide(word);
+  for (const wchar_t unit : wide.native()) {
     if (unit == L'"') {
       text.append(backslashes + 1, L'\\');
     }

@@ -1,5 +1,3 @@
-#include "support/ThisProcess.h"
-
 #include <malloc.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -7,6 +5,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+
+#include "support/ThisProcess.h"
 
 std::vector<ProcessFile> openFiles() {
   std::vector<ProcessFile> found;

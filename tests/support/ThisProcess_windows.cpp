@@ -1,6 +1,6 @@
-#include "support/ThisProcess.h"
-
 #include <windows.h>
+
+#include "support/ThisProcess.h"
 // Need the types of the header above.
 #include <malloc.h>
 #include <psapi.h>

@@ -1,6 +1,4 @@
 /// The POSIX half; System_windows.cpp is its twin.
-#include "System.h"
-
 #include <fcntl.h>
 #include <pwd.h>
 #include <unistd.h>
@@ -8,6 +6,8 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+
+#include "System.h"
 
 namespace zvwttool {
 namespace {

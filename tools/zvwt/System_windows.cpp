@@ -1,7 +1,7 @@
 /// The Windows half; System_posix.cpp is its twin.
-#include "System.h"
-
 #include <windows.h>
+
+#include "System.h"
 // Needs the types of the header above.
 #include <fcntl.h>
 #include <io.h>
@@ -34,12 +34,11 @@ std::string fromWide(const wchar_t* wide) {
 
 std::FILE* openIn(const std::string& directory) {
   std::random_device random;
-  const std::wstring path = toWide(directory + "\\zvwti_" + std::to_string(random()) + "_" +
-                                   std::to_string(random()));
-  const int descriptor =
-      _wsopen(path.c_str(),
-              _O_RDWR | _O_CREAT | _O_EXCL | _O_TEMPORARY | _O_SHORT_LIVED | _O_BINARY,
-              _SH_DENYRW, _S_IREAD | _S_IWRITE);
+  const std::wstring path =
+      toWide(directory + "\\zvwti_" + std::to_string(random()) + "_" + std::to_string(random()));
+  const int descriptor = _wsopen(
+      path.c_str(), _O_RDWR | _O_CREAT | _O_EXCL | _O_TEMPORARY | _O_SHORT_LIVED | _O_BINARY,
+      _SH_DENYRW, _S_IREAD | _S_IWRITE);
   return descriptor >= 0 ? _fdopen(descriptor, "w+b") : nullptr;
 }
 
