@@ -59,7 +59,7 @@ unsigned char* writeReal(const ZvbReal& real, unsigned char* bytes) noexcept {
   const std::size_t size = words[2] == 0 ? bytesOf(words[1]) : 8 + bytesOf(words[2]);
   bytes[0] = static_cast<unsigned char>(((words[0] & packedSign) != 0 ? realSign : 0) |
                                         (isLong ? realLongExponent : 0) | size << realSizeShift);
-  put(bytes + 1, static_cast<std::uint32_t>(zvbLowestFirst(words[0] & 0xFFFFFFFFU)));
+  putNumber(bytes + 1, words[0]);  // its lowest bytes are the exponent's
   bytes += isLong ? 5 : 2;
   putNumber(bytes, words[1]);
   if (words[2] != 0) [[unlikely]] {
