@@ -6,7 +6,7 @@
 #include <bit>
 #include <sstream>
 
-#include "support/Bytes.h"
+#include "support/OtherByteOrder.h"
 #include "support/TableFixture.h"
 
 namespace {
@@ -56,12 +56,12 @@ void expectBytes(const std::vector<std::string>& expected, const std::string& co
 using FileFormat = TableTest;
 
 TEST_F(FileFormat, IsWhatTheDocumentShows) {
-  if (std::endian::native != std::endian::little) {
-    return;  // the document shows a little-endian machine's files
-  }
   const std::string name =
       makeTable({{"id", zvbTypeInteger}, {"city", zvbTypeString, 20}},
                 {row({std::int64_t{1}, std::string("Lisbon")}), row({std::int64_t{2}, {}})});
+  if (std::endian::native != std::endian::little) {  // which the document shows
+    OtherByteOrder(directory, name).reverse();
+  }
   const auto dumps = documentedDumps();
   ASSERT_EQ(3U, dumps.size());
   for (const std::string& file : directory.names()) {

@@ -75,9 +75,9 @@ TEST_F(TableCatalogue, HasTheDocumentedBytes) {
   EXPECT_EQ(20, bytes.get<std::int64_t>(16));
   EXPECT_EQ(3, bytes.get<std::int64_t>(24));
   EXPECT_EQ(0, bytes.get<char>(32));
-  const std::string idColumn("\x10\0\x03\0\x03\0\0\0\0\0\0\0\0\0\0\0id\0", 19);
-  const std::string nameColumn("\x10\0\x05\0\x05\0\0\0\x14\0\0\0\x06\0\0\0name\0", 21);
-  EXPECT_EQ(idColumn + nameColumn, bytes.content().substr(33, 40));
+  const std::string idColumn = inMemory(std::uint16_t{16}, std::uint16_t{3}, 3, 0, 0) + "id";
+  const std::string nameColumn = inMemory(std::uint16_t{16}, std::uint16_t{5}, 5, 20, 6) + "name";
+  EXPECT_EQ(idColumn + '\0' + nameColumn + '\0', bytes.content().substr(33, 40));
   EXPECT_EQ(16U, bytes.get<std::uint32_t>(73));
   EXPECT_EQ(23U, bytes.get<std::uint16_t>(77));
   EXPECT_EQ(24U, bytes.get<std::uint16_t>(79));
@@ -300,8 +300,8 @@ TEST_F(TableCatalogue, CutsOffWhatAKilledAppenderLeft) {
   const std::string index = directory.file(filesWith("zvwtei_").front());
   const std::vector<std::pair<std::string, std::string>> leftovers = {
       {"\x05\x09torn", ""},
-      {"", std::string("\x09\0\0\0\0\0\0\0", 8)},
-      {std::string("\x05\x02x\0\x05", 5), std::string("\x09\0\0\0\0\0\0\0\x0d\0\0", 11)},
+      {"", inMemory(std::int64_t{9})},
+      {std::string("\x05\x02x\0\x05", 5), inMemory(std::int64_t{9}) + std::string("\x0d\0\0", 3)},
       {std::string(100000, 'x'), "y"}};
   std::int64_t rows = 2;
   for (const auto& [dataTail, indexTail] : leftovers) {

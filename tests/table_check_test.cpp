@@ -197,7 +197,7 @@ TEST_F(TableCheck, FindsEachDamageInItsPlace) {
       {data, put(1, std::uint8_t{2}), 1},
       {data, put(dateAt + 1, std::nan("")), dateAt + 1},
       {data, put(integerAt, std::uint8_t{2}), integerAt},
-      {data, put(realAt + 4 + 1, std::uint8_t{1}), realAt + 1},
+      {data, put(realAt + 1, std::uint64_t{1} << 32), realAt + 1},
       {data, put(realAt + 17, ~std::uint64_t{0}), realAt + 1},
       {data, put(textAt + 1, std::uint8_t{0}), textAt + 1},
       {data, put(textAt + 3, '\0'), textAt + 3},

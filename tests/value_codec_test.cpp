@@ -7,12 +7,40 @@
 #include <limits>
 
 #include "fio/np_fio.h"
+#include "support/Bytes.h"
 #include "support/TemporaryDirectory.h"
 #include "wtelem/ValueCodec.h"
 
 namespace {
 
 using valueCodec::Result;
+
+std::string hex(const std::string& bytes) {
+  std::string digits;
+  for (const char byte : bytes) {
+    char pair[4];
+    std::snprintf(pair, sizeof pair, " %02x", static_cast<unsigned char>(byte));
+    digits += pair;
+  }
+  return digits.substr(digits.empty() ? 0 : 1);
+}
+
+/// A value of which the payload is numbers, as this machine writes it.
+template <typename... Words>
+std::string stored(char tag, Words... words) {
+  return tag + inMemory(std::uint64_t{words}...);
+}
+
+/// The same as a machine of the other byte order writes it.
+template <typename... Words>
+std::string storedElsewhere(char tag, Words... words) {
+  std::string bytes(1, tag);
+  for (const std::uint64_t word : {std::uint64_t{words}...}) {
+    const std::string own = inMemory(word);
+    bytes.append(own.rbegin(), own.rend());
+  }
+  return bytes;
+}
 
 class ValueCodec : public testing::Test {
  protected:
@@ -34,16 +62,10 @@ class ValueCodec : public testing::Test {
   }
 
   std::string bytes(int most = 64) {
-    std::vector<unsigned char> all(static_cast<std::size_t>(most));
+    std::string all(static_cast<std::size_t>(most), '\0');
     EXPECT_EQ(0, np_fio_seek64(file, 0, npFioFromStart));
     all.resize(static_cast<std::size_t>(np_fio_getb(file, all.data(), most)));
-    std::string hex;
-    for (const unsigned char byte : all) {
-      char pair[4];
-      std::snprintf(pair, sizeof pair, "%02x ", byte);
-      hex += pair;
-    }
-    return hex.substr(0, hex.empty() ? 0 : hex.size() - 1);
+    return hex(all);
   }
 
   template <typename Value>
@@ -79,11 +101,10 @@ class ValueCodec : public testing::Test {
 TEST_F(ValueCodec, WritesTheDocumentedBytes) {
   EXPECT_EQ("01 01", bytesOf(zvbTypeBoolean, true));
   EXPECT_EQ("01 00", bytesOf(zvbTypeBoolean, "No"));
-  EXPECT_EQ("02 00 00 00 00 00 00 f8 3f", bytesOf(zvbTypeDate, "1970-01-02T12:00"));
-  EXPECT_EQ("03 fe ff ff ff ff ff ff ff", bytesOf(zvbTypeInteger, -2));
-  EXPECT_EQ("03 fd ff ff ff ff ff ff ff", bytesOf(zvbTypeInteger, -3.9));
-  EXPECT_EQ("04 ff ff ff ff 00 00 00 40 7b 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00",
-            bytesOf(zvbTypeReal, "-12.30"));
+  EXPECT_EQ(hex(stored(2, 0x3FF8000000000000U)), bytesOf(zvbTypeDate, "1970-01-02T12:00"));
+  EXPECT_EQ(hex(stored(3, 0xFFFFFFFFFFFFFFFEU)), bytesOf(zvbTypeInteger, -2));
+  EXPECT_EQ(hex(stored(3, 0xFFFFFFFFFFFFFFFDU)), bytesOf(zvbTypeInteger, -3.9));
+  EXPECT_EQ(hex(stored(4, 0x40000000FFFFFFFFU, 123U, 0U)), bytesOf(zvbTypeReal, "-12.30"));
   EXPECT_EQ("05 01 00", bytesOf(zvbTypeString, ""));
   EXPECT_EQ("05 04 61 c3 a9 00", bytesOf(zvbTypeString, "a\xC3\xA9"));
   EXPECT_EQ("05 05 74 72 75 65 00", bytesOf(static_cast<zvbType>(77), true));
@@ -161,16 +182,13 @@ TEST_F(ValueCodec, ReadsBackWhatItWroteAndPassesOverIt) {
 TEST_F(ValueCodec, ReadsTheOtherByteOrder) {
   ZvbDatavar value;
   std::int64_t offset = 0;
-  put(std::string("\x03\x00\x00\x00\x00\x00\x00\x01\x02", 9));
+  put(storedElsewhere(3, 258U));
   EXPECT_EQ(Result::done, decode(&value, &offset, true));
   EXPECT_STREQ("258", value.asString().asCstr());
-  put(std::string("\x02\x3f\xf8\x00\x00\x00\x00\x00\x00", 9));
+  put(storedElsewhere(2, 0x3FF8000000000000U));
   EXPECT_EQ(Result::done, decode(&value, &offset, true));
   EXPECT_STREQ("1970-01-02T12:00:00.000", value.asString().asCstr());
-  put(
-      std::string("\x04\x40\x00\x00\x00\xff\xff\xff\xff\x00\x00\x00\x00\x00\x00\x00\x7b"
-                  "\x00\x00\x00\x00\x00\x00\x00\x00",
-                  25));
+  put(storedElsewhere(4, 0x40000000FFFFFFFFU, 123U, 0U));
   EXPECT_EQ(Result::done, decode(&value, &offset, true));
   EXPECT_STREQ("-12.3", value.asString().asCstr());
   put(std::string("\x05\x80\x00\x00\x03hi\x00", 8));

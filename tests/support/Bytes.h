@@ -7,6 +7,14 @@
 #include <iterator>
 #include <string>
 
+/// Numbers one behind another, as this machine keeps them.
+template <typename... Numbers>
+std::string inMemory(Numbers... numbers) {
+  std::string bytes;
+  (bytes.append(reinterpret_cast<const char*>(&numbers), sizeof numbers), ...);
+  return bytes;
+}
+
 class Bytes {
  public:
   explicit Bytes(std::string path) : path_(std::move(path)) {

@@ -65,12 +65,23 @@ class OtherByteOrder {
       if (tag == 1) {
         ++at;
       } else if (tag == 5) {
-        const auto first = data.get<unsigned char>(at);
-        const auto longLength = __builtin_bswap32(data.get<std::uint32_t>(at)) & 0x7FFFFFFFU;
-        at += first < 128 ? 1U + first : 4U + longLength;
+        at += sizeOfText(data, at);
       }
     }
     data.save();
+  }
+
+  /// Of the length and the text that it tells.
+  static std::size_t sizeOfText(const Bytes& data, std::size_t at) {
+    const auto first = data.get<unsigned char>(at);
+    if (first < 128) {
+      return 1U + first;
+    }
+    std::size_t length = first & 0x7FU;
+    for (std::size_t i = 1; i < 4; ++i) {
+      length = length << 8U | data.get<unsigned char>(at + i);
+    }
+    return 4 + length;
   }
 
   const TemporaryDirectory& directory_;
