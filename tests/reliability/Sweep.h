@@ -8,8 +8,8 @@
 #include "support/TestEffort.h"
 
 /// One point in so many is visited: sanitizers make everything slow, each in its measure, and so
-/// does a compiler that does not optimise.
-#if defined(__SANITIZE_THREAD__)
+/// do an emulated processor and a compiler that does not optimise.
+#if defined(__SANITIZE_THREAD__) || defined(ZVWT_TEST_EMULATED)
 inline constexpr int usualStride = 53;
 #elif defined(__SANITIZE_ADDRESS__)
 inline constexpr int usualStride = 13;

@@ -12,8 +12,8 @@
 #include <set>
 
 #include "support/OtherByteOrder.h"
-#include "support/Sanitizers.h"
 #include "support/ShortMemory.h"
+#include "support/SlowRun.h"
 #include "support/TableFixture.h"
 #include "support/ThisProcess.h"
 
@@ -22,8 +22,8 @@ namespace {
 using Lines = std::vector<std::string>;
 using Files = std::map<std::string, std::string>;  // names and contents
 
-/// Sanitizers take many times as long: they see some damages of each kind.
-constexpr int stride = underSanitizer ? 23 : 1;
+/// What runs slowly sees some damages of each kind.
+constexpr int stride = isSlowRun ? 23 : 1;
 const std::string failed = "failed";
 
 struct Sample {

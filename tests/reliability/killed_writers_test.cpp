@@ -11,17 +11,14 @@
 
 #include "support/Bytes.h"
 #include "support/ChildProcess.h"
+#include "support/SlowRun.h"
 #include "support/TableFixture.h"
 #include "support/TestEffort.h"
 #include "wtfile/ZVWTFileImpl.h"
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int killCount = 150;
-#else
-constexpr int killCount = 1000;
-#endif
+constexpr int killCount = isSlowRun ? 150 : 1000;
 
 /// What tables look like. Catalogues of one kind take more than a page, of another one more than a
 /// buffer of the file layer, so that they are not written at once.
