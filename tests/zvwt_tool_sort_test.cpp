@@ -175,7 +175,7 @@ TEST_F(ToolSort, RefusesAWrongCommandLine) {
   };
   for (const auto& [verb, arguments] : cases) {
     const Outcome outcome = run(verb, arguments);
-    EXPECT_EQ(outcome.exitCode, 2) << arguments[1];
+    EXPECT_EQ(outcome.exitCode, 2) << testing::PrintToString(arguments);
     EXPECT_EQ(outcome.output, "");
     EXPECT_NE(outcome.errors, "");
   }
