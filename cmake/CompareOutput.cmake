@@ -1,6 +1,7 @@
-# Runs PROGRAM and fails unless it succeeds and prints what the file EXPECTED holds.
+# Runs PROGRAM, by EMULATOR if it is for another machine, and fails unless it succeeds and prints
+# what the file EXPECTED holds.
 
-execute_process(COMMAND ${PROGRAM} OUTPUT_VARIABLE output RESULT_VARIABLE result)
+execute_process(COMMAND ${EMULATOR} ${PROGRAM} OUTPUT_VARIABLE output RESULT_VARIABLE result)
 file(READ ${EXPECTED} expected)
 if(NOT result EQUAL 0)
   message(FATAL_ERROR "${PROGRAM} ended with ${result}:\n${output}")

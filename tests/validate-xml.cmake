@@ -2,7 +2,7 @@
 # from Debian's package of the framework; where there is no such package the document has to be well
 # formed.
 #
-# TOOL the tool, WORK a folder of this test's own.
+# TOOL the tool, EMULATOR what runs it if it is for another machine, WORK a folder of this test's own.
 
 function(run output)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE text ERROR_VARIABLE errors
@@ -18,8 +18,8 @@ find_program(XMLLINT xmllint REQUIRED)
 file(REMOVE_RECURSE ${WORK})
 file(MAKE_DIRECTORY ${WORK}/tables)
 file(WRITE ${WORK}/table.csv "n,text,d\n1,\"<&>'\"\"\",2024-02-29\n,Größe €,\n")
-run(table ${TOOL} import --dir ${WORK}/tables ${WORK}/table.csv)
-run(document ${TOOL} export --dir ${WORK}/tables --format xml ${table})
+run(table ${EMULATOR} ${TOOL} import --dir ${WORK}/tables ${WORK}/table.csv)
+run(document ${EMULATOR} ${TOOL} export --dir ${WORK}/tables --format xml ${table})
 file(WRITE ${WORK}/table.xml "${document}")
 
 set(schema org/springframework/beans/factory/xml/spring-beans-3.0.xsd)

@@ -2,7 +2,8 @@
 # folder, the examples, against what was installed, and runs them and the installed tool.
 #
 # SOURCE the project, WORK a folder of this test's own, COMPILER the C++ compiler, TOOL whether the
-# tool is built.
+# tool is built; for another machine TOOLCHAIN the file that describes it, EMULATOR what runs its
+# programs.
 
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output
@@ -14,7 +15,21 @@ function(run)
 endfunction()
 
 file(REMOVE_RECURSE ${WORK}/prefix ${WORK}/examples)
-set(settings -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_COMPILER=${COMPILER})
+set(settings -G Ninja -DCMAKE_BUILD_TYPE=Release)
+if(TOOLCHAIN)
+  # A file takes a list of words as it is. What is installed is found although it is not among the
+  # other machine's files; it is built as the presets for such machines build.
+  file(WRITE ${WORK}/settings.cmake "\
+set(CMAKE_TOOLCHAIN_FILE \"${TOOLCHAIN}\" CACHE FILEPATH \"\")
+set(CMAKE_CROSSCOMPILING_EMULATOR \"${EMULATOR}\" CACHE STRING \"\")
+set(CMAKE_INSTALL_PREFIX \"${WORK}/prefix\" CACHE PATH \"\")
+set(CMAKE_STAGING_PREFIX \"${WORK}/prefix\" CACHE PATH \"\")
+set(ZVWT_LINK_TIME_OPTIMISATION OFF CACHE BOOL \"\")
+")
+  list(APPEND settings -C ${WORK}/settings.cmake)
+else()
+  list(APPEND settings -DCMAKE_CXX_COMPILER=${COMPILER})
+endif()
 run(${CMAKE_COMMAND} -S ${SOURCE} -B ${WORK}/build ${settings} -DZVWT_BUILD_TOOL=${TOOL})
 run(${CMAKE_COMMAND} --build ${WORK}/build)
 run(${CMAKE_COMMAND} --install ${WORK}/build --prefix ${WORK}/prefix)
@@ -24,5 +39,5 @@ run(${CMAKE_COMMAND} -S ${SOURCE}/tests/installed -B ${WORK}/examples ${settings
 run(${CMAKE_COMMAND} --build ${WORK}/examples)
 run(${CMAKE_CTEST_COMMAND} --test-dir ${WORK}/examples --output-on-failure --no-tests=error)
 if(TOOL)
-  run(${WORK}/prefix/bin/zvwt --help)
+  run(${EMULATOR} ${WORK}/prefix/bin/zvwt --help)
 endif()

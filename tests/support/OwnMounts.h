@@ -45,7 +45,8 @@ inline void becomeProgram(const std::string& idMap, const std::string& groupMap,
 }
 
 /// Runs this program again in namespaces of its own and waits for it. False when that is not
-/// allowed. Root needs none for its users, and may then mount what is on a disk as well.
+/// allowed, or not possible: QEMU's emulation of a process knows no namespaces. Root needs none for
+/// its users, and may then mount what is on a disk as well.
 inline bool runAgain(char** arguments, int* exitCode) {
   const std::string mark = std::string(variable) + "=1";
   std::vector<char*> variables;
