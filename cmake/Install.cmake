@@ -1,11 +1,20 @@
-# Library, headers and the CMake package: find_package(zvwt) gives the target zvwt::zvwt.
+# Library, headers, documents and the CMake package: find_package(zvwt) gives the target zvwt::zvwt.
+# The library itself is a component of its own; all else here is for development.
 
 include(CMakePackageConfigHelpers)
 
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 set(zvwt_header_root ${CMAKE_INSTALL_INCLUDEDIR}/zvwt)
 set(zvwt_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zvwt)
+set(zvwt_document_dir ${CMAKE_INSTALL_DOCDIR})
+if(WIN32)
+  set(zvwt_document_dir .)
+endif()
 
-install(TARGETS zvwt EXPORT zvwtTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS zvwt EXPORT zvwtTargets
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT library
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY include/ DESTINATION ${zvwt_header_root} FILES_MATCHING PATTERN "*.h")
 foreach(header ${zvwt_public_platform_headers})
   cmake_path(GET header PARENT_PATH folder)
@@ -22,3 +31,7 @@ write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/zvwtConfigVersion.c
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zvwtConfig.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/zvwtConfigVersion.cmake
         DESTINATION ${zvwt_package_dir})
+
+install(FILES README.md DESTINATION ${zvwt_document_dir})
+install(DIRECTORY docs DESTINATION ${zvwt_document_dir}
+        FILES_MATCHING PATTERN "*.md" PATTERN "*.svg")
