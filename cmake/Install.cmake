@@ -1,11 +1,13 @@
-# Library, headers, documents and the CMake package: find_package(zvwt) gives the target zvwt::zvwt.
-# The library itself is a component of its own; all else here is for development.
+# Library, headers, documents, and the packages for CMake and pkg-config: find_package(zvwt) gives
+# the target zvwt::zvwt. The library itself is a component of its own; all else here is for
+# development.
 
 include(CMakePackageConfigHelpers)
 
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 set(zvwt_header_root ${CMAKE_INSTALL_INCLUDEDIR}/zvwt)
 set(zvwt_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zvwt)
+set(zvwt_pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 set(zvwt_document_dir ${CMAKE_INSTALL_DOCDIR})
 if(WIN32)
   set(zvwt_document_dir .)
@@ -31,6 +33,11 @@ write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/zvwtConfigVersion.c
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zvwtConfig.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/zvwtConfigVersion.cmake
         DESTINATION ${zvwt_package_dir})
+
+# Says where it lies by its own place, as the CMake package does: what is installed can be moved.
+string(REGEX REPLACE "[^/]+" ".." zvwt_prefix_from_pkgconfig ${zvwt_pkgconfig_dir})
+configure_file(cmake/zvwt.pc.in ${CMAKE_CURRENT_BINARY_DIR}/zvwt.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zvwt.pc DESTINATION ${zvwt_pkgconfig_dir})
 
 install(FILES README.md DESTINATION ${zvwt_document_dir})
 install(DIRECTORY docs DESTINATION ${zvwt_document_dir}
