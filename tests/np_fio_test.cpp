@@ -18,6 +18,7 @@
 #include "support/FileCalls.h"
 #include "support/OpenedFile.h"
 #include "support/TemporaryDirectory.h"
+#include "support/ThisProcess.h"
 
 namespace {
 
@@ -446,7 +447,7 @@ TEST(Directory, IsListedWithWhatTheSystemKnowsOfItsFiles) {
   EXPECT_EQ(names.size(), 2U);
   EXPECT_EQ(list("", 100), npFioSuccess);
   EXPECT_EQ(list(directory.file("none"), 100), npFioNotFound);
-  EXPECT_EQ(list(first, 100), npFioNotFound);
+  EXPECT_EQ(list(first, 100), runsUnderWine() ? npFioNotPlainName : npFioNotFound);
 
   np_fio_stat before;
   std::int64_t made = 0;
@@ -457,7 +458,7 @@ TEST(Directory, IsListedWithWhatTheSystemKnowsOfItsFiles) {
       first, std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
   std::int64_t madeStill = 0;
   EXPECT_EQ(np_fio_madeTime(first.c_str(), &madeStill), npFioSuccess);
-  EXPECT_EQ(made, madeStill);
+  EXPECT_TRUE(made == madeStill || runsUnderWine());  // which keeps no such times
   EXPECT_EQ(np_fio_madeTime(directory.file("none").c_str(), &made), npFioNotFound);
 }
 

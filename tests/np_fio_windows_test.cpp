@@ -11,6 +11,7 @@
 #include "support/EnvironmentVariable.h"
 #include "support/OpenedFile.h"
 #include "support/TemporaryDirectory.h"
+#include "support/Wide_windows.h"
 
 namespace {
 
@@ -18,8 +19,8 @@ namespace {
 class ForeignHandle {
  public:
   ForeignHandle(const std::string& path, DWORD access, DWORD sharing)
-      : handle_(CreateFileW(std::filesystem::path(path).c_str(), access, sharing, nullptr,
-                            OPEN_EXISTING, 0, nullptr)) {}
+      : handle_(CreateFileW(toWide(path).c_str(), access, sharing, nullptr, OPEN_EXISTING, 0,
+                            nullptr)) {}
   ForeignHandle(const ForeignHandle&) = delete;
   ForeignHandle& operator=(const ForeignHandle&) = delete;
   ~ForeignHandle() { CloseHandle(handle_); }
@@ -71,7 +72,7 @@ TEST(OpenFile, TakesRegularFilesOnly) {
     EXPECT_EQ(openStatus(file + "\\below", mode), npFioNotFound);
     EXPECT_EQ(openStatus(directory.file("none\\below"), mode), npFioNotFound);
     EXPECT_EQ(openStatus(directory.file(std::string(256, 'n')), mode), npFioPathTooLong);
-    EXPECT_EQ(openStatus(directory.file("a\xFF"), mode), npFioNotPlainName);
+    EXPECT_EQ(openStatus(directory.path() + "\\a\xFF", mode), npFioNotPlainName);
     EXPECT_EQ(openStatus(directory.file("a*b"), mode), npFioNotPlainName);
   }
   EXPECT_EQ(openStatus(file, 0), npFioBadArgument);
@@ -79,8 +80,8 @@ TEST(OpenFile, TakesRegularFilesOnly) {
 
 TEST(OpenFile, MayHaveAnyName) {
   const TemporaryDirectory directory;
-  const std::string path = directory.file("Gr\u00F6\u00DFe \u20AC \U0001F600");
-  std::ofstream(std::filesystem::path(path)) << "x";
+  const std::string path = directory.path() + "\\Gr\u00F6\u00DFe \u20AC \U0001F600";
+  std::ofstream(std::filesystem::path(toWide(path))) << "x";
   EXPECT_EQ(openStatus(path, npFioOnlyWriter), npFioSuccess);
   EXPECT_EQ(np_fio_unlink(path.c_str()), npFioSuccess);
 }
@@ -93,8 +94,8 @@ TEST(NewFile, BelongsToTheUserAlone) {
   np_fio_close(file);
   alignas(SECURITY_DESCRIPTOR) std::array<unsigned char, 4096> bytes;
   DWORD size = 0;
-  ASSERT_NE(GetFileSecurityW(std::filesystem::path(path.data()).c_str(), DACL_SECURITY_INFORMATION,
-                             bytes.data(), static_cast<DWORD>(bytes.size()), &size),
+  ASSERT_NE(GetFileSecurityW(toWide(path.data()).c_str(), DACL_SECURITY_INFORMATION, bytes.data(),
+                             static_cast<DWORD>(bytes.size()), &size),
             FALSE);
   BOOL isThere = FALSE;
   BOOL isDefault = FALSE;

@@ -11,6 +11,7 @@
 #include "support/ShortMemory.h"
 #include "support/SortModel.h"
 #include "support/ThisProcess.h"
+#include "support/ThisSystem.h"
 #include "zvwt.h"
 
 namespace {
@@ -206,7 +207,7 @@ TEST_F(SortedTable, ThatFailsIsRemovedAndKeepsItsReason) {
                                                     : std::numeric_limits<std::int64_t>::max());
       EXPECT_FALSE(table->close());
     }
-    EXPECT_TRUE(directory.names().empty());
+    EXPECT_TRUE(directory.names().empty() || isWindows);  // its work files have names there
     EXPECT_EQ(fault, messageId(table->getErrorMessage())) << table->getErrorMessage().asCstr();
     table.reset();
     EXPECT_TRUE(directory.names().empty());

@@ -9,6 +9,7 @@
 
 #include "support/Bytes.h"
 #include "support/OtherByteOrder.h"
+#include "support/SlowRun.h"
 #include "support/TableFixture.h"
 
 namespace {
@@ -260,7 +261,9 @@ TEST_F(TableCheck, FindsOneFileAmongManyElements) {
   const std::string name = makeCountingTable(elements, 1);
   expectSound(name);
   const std::size_t first = Bytes(directory.file(name)).size() - elements * elementSize;
-  for (const std::size_t element : {0U, 1U, 511U, 512U, 767U, 998U}) {
+  const auto tried = isSlowRun ? std::vector<std::size_t>{767}
+                               : std::vector<std::size_t>{0, 1, 511, 512, 767, 998};
+  for (const std::size_t element : tried) {
     Bytes whole(directory.file(name));
     Bytes(directory.file(name))
         .repeat(first + element * elementSize + 16, 23, first + 999 * elementSize + 16)

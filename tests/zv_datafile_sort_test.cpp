@@ -12,8 +12,10 @@
 #include "datafile/messages.h"
 #include "fio/np_dir.h"
 #include "support/FileCalls.h"
+#include "support/OpenedFile.h"
 #include "support/SortModel.h"
 #include "support/ThisProcess.h"
+#include "support/ThisSystem.h"
 
 namespace {
 
@@ -470,7 +472,9 @@ TEST_F(Sorter, KeepsItsWorkFilesOutOfSight) {
     const SorterOwner sorter = numbers();
     ASSERT_EQ(0, addNumbers(*sorter, 10000));
     ASSERT_EQ(0, sorter->sort());
-    EXPECT_TRUE(directory.names().empty());
+    for (const std::string& name : directory.names()) {
+      EXPECT_EQ(openStatus(directory.file(name), npFioRead), npFioInUse);
+    }
     EXPECT_NE(spills, unseenFiles(directory.path()).empty());
     expectNumbers(*sorter, 10000);
   }

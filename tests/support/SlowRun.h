@@ -1,5 +1,5 @@
-/// Whether everything takes many times as long: in a build that looks at every access, or on a
-/// processor that is emulated.
+/// Whether everything takes many times as long: in a build that looks at every access, or by an
+/// emulator.
 #pragma once
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(ZVWT_TEST_EMULATED)

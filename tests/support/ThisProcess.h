@@ -21,6 +21,9 @@ struct ProcessFile {
 [[nodiscard]] bool overwrite(const ProcessFile& file, std::int64_t offset,
                              const std::string& bytes);
 
+/// True where Wine plays the system, which cannot do all that the system does.
+[[nodiscard]] bool runsUnderWine();
+
 [[nodiscard]] std::int64_t countThreads();
 
 /// The most memory that the process has had resident since forgetPeakMemory(), in KiB.

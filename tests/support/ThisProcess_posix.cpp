@@ -37,6 +37,8 @@ bool overwrite(const ProcessFile& file, std::int64_t offset, const std::string& 
          static_cast<ssize_t>(bytes.size());
 }
 
+bool runsUnderWine() { return false; }
+
 std::int64_t countThreads() {
   const std::filesystem::directory_iterator tasks("/proc/self/task");
   return std::distance(begin(tasks), end(tasks));

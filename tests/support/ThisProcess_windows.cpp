@@ -9,12 +9,24 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
+#include <string_view>
 
 #include "fio/np_fio_work.h"
+#include "support/Wide_windows.h"
 
 namespace {
 
 HANDLE handle(const ProcessFile& file) { return reinterpret_cast<HANDLE>(file.number); }
+
+/// Without the prefix that it has for the system.
+std::string pathOf(HANDLE file) {
+  constexpr std::wstring_view prefix = L"\\\\?\\";
+  std::array<wchar_t, 1024> buffer{};
+  GetFinalPathNameByHandleW(file, buffer.data(), static_cast<DWORD>(buffer.size()), 0);
+  std::wstring_view path = buffer.data();
+  path.remove_prefix(path.starts_with(prefix) ? prefix.size() : 0);
+  return std::filesystem::path(path).string();
+}
 
 std::int64_t peakBefore = 0;  // what forgetPeakMemory() has seen, in KiB
 
@@ -28,15 +40,15 @@ std::int64_t peakOfAll() {
 
 /// There is no list: handles are small multiples of 4, and each that could be one is asked.
 std::vector<ProcessFile> openFiles() {
-  constexpr std::intptr_t end = 4 * 4096;
+  DWORD left = 0;
+  GetProcessHandleCount(GetCurrentProcess(), &left);
   std::vector<ProcessFile> found;
-  for (std::intptr_t number = 4; number < end; number += 4) {
+  for (std::intptr_t number = 4; left > 0 && number < 1 << 16; number += 4) {
     ProcessFile file = {number, ""};
-    std::array<wchar_t, 1024> path;
-    if (GetFileType(handle(file)) == FILE_TYPE_DISK &&
-        GetFinalPathNameByHandleW(handle(file), path.data(), static_cast<DWORD>(path.size()), 0) !=
-            0) {
-      file.path = std::filesystem::path(path.data()).string();
+    DWORD flags = 0;
+    left -= GetHandleInformation(handle(file), &flags) != FALSE ? 1 : 0;
+    if (GetFileType(handle(file)) == FILE_TYPE_DISK) {
+      file.path = pathOf(handle(file));
       found.push_back(file);
     }
   }
@@ -70,6 +82,10 @@ bool overwrite(const ProcessFile& file, std::int64_t offset, const std::string& 
          written == bytes.size();
 }
 
+bool runsUnderWine() {
+  return GetProcAddress(GetModuleHandleW(L"ntdll"), "wine_get_version") != nullptr;
+}
+
 std::int64_t countThreads() {
   HANDLE const snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
   THREADENTRY32 entry = {};
@@ -92,6 +108,5 @@ std::size_t usableSize(void* block) noexcept { return block != nullptr ? _msize(
 
 /// An empty value removes the variable too.
 void setVariable(const std::string& name, const char* value) {
-  const std::filesystem::path wide(value != nullptr ? value : "");
-  _wputenv_s(std::filesystem::path(name).c_str(), wide.c_str());
+  _wputenv_s(toWide(name).c_str(), toWide(value != nullptr ? value : "").c_str());
 }

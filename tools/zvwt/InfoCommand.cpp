@@ -16,13 +16,18 @@ using Align = TextGrid::Align;
 
 constexpr std::size_t cellWidthLimit = 260;  // as long as a table's path can be
 
+std::filesystem::path pathOfText(const std::string& utf8) {
+  return std::u8string(utf8.begin(), utf8.end());
+}
+
 /// Where the library finds the table: in the first of the directories that has it.
 std::string pathOf(const std::string& table, const std::vector<std::string>& directories) {
   for (const std::string& directory : directories) {
-    const std::filesystem::path path = std::filesystem::path(directory) / table;
+    const std::filesystem::path path = pathOfText(directory) / pathOfText(table);
     std::error_code ignored;
     if (std::filesystem::exists(path, ignored)) {
-      return path.string();
+      const std::u8string text = path.u8string();
+      return {text.begin(), text.end()};
     }
   }
   return "";
