@@ -1,17 +1,14 @@
 #include "Measuring.h"
 
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
+#include <random>
 #include <stdexcept>
-#include <system_error>
 
 namespace {
 
@@ -131,9 +128,10 @@ void printJson(const std::vector<Work>& works, double bytesPerRow,
 /// A directory of its own, removed in the end.
 class BenchmarkDirectory {
  public:
-  explicit BenchmarkDirectory(const std::string& parent) : path_(parent + "/zvwt-bench-XXXXXX") {
-    if (mkdtemp(path_.data()) == nullptr) {
-      throw std::system_error(errno, std::generic_category(), path_);
+  explicit BenchmarkDirectory(const std::filesystem::path& parent)
+      : path_((parent / ("zvwt-bench-" + std::to_string(std::random_device()()))).string()) {
+    if (!std::filesystem::create_directory(path_)) {
+      throw std::runtime_error(path_ + " is there already");
     }
   }
   BenchmarkDirectory(const BenchmarkDirectory&) = delete;
@@ -219,27 +217,4 @@ void print(const std::vector<Work>& works, const std::string& heading, double by
   std::printf("%s\n\n", heading.c_str());
   printSpeeds(works, options.rowCount);
   printComparisons(compare(works));
-}
-
-std::int64_t residentBytes() {
-  std::ifstream pages("/proc/self/statm");
-  std::int64_t all = 0;
-  std::int64_t resident = 0;
-  if (!(pages >> all >> resident)) {
-    throw std::runtime_error("this system does not tell the memory of a process");
-  }
-  return resident * sysconf(_SC_PAGESIZE);
-}
-
-std::int64_t peakResidentBytes() {
-  std::ifstream status("/proc/self/status");
-  std::string word;
-  while (status >> word) {
-    if (word == "VmHWM:") {
-      std::int64_t kibibytes = 0;
-      status >> kibibytes;
-      return kibibytes * 1024;
-    }
-  }
-  throw std::runtime_error("this system does not tell the most memory of a process");
 }

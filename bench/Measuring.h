@@ -69,9 +69,3 @@ void measure(int rounds, std::vector<Work>* works);
 /// Prints speeds and comparisons under the heading, or all figures as JSON.
 void print(const std::vector<Work>& works, const std::string& heading, double bytesPerRow,
            const BenchmarkOptions& options);
-
-/// The bytes of memory that this process has resident now.
-[[nodiscard]] std::int64_t residentBytes();
-
-/// The most bytes of memory that this process has had resident.
-[[nodiscard]] std::int64_t peakResidentBytes();

@@ -10,6 +10,7 @@
 
 #include "AllocationCount.h"
 #include "Measuring.h"
+#include "System.h"
 #include "TableEngine.h"
 #include "zvwt.h"
 

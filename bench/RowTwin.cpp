@@ -1,11 +1,10 @@
 #include "RowTwin.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <bit>
 #include <cstring>
 #include <memory>
+
+#include "System.h"
 
 namespace {
 
@@ -16,11 +15,8 @@ constexpr std::size_t largestRow = 128;
 class Sink {
  public:
   explicit Sink(const std::string& path)
-      : file_(open(path.c_str(), O_CREAT | O_TRUNC | O_WRONLY | O_CLOEXEC, 0600)),
+      : file_(path, RawFile::Use::writeNew),
         buffer_(std::make_unique<unsigned char[]>(bufferSize)) {}
-  ~Sink() { close(file_); }
-  Sink(const Sink&) = delete;
-  Sink& operator=(const Sink&) = delete;
 
   void makeRoom(std::size_t size) {
     if (bufferSize - used_ < size) {
@@ -33,7 +29,7 @@ class Sink {
     used_ += size;
   }
   void flush() {
-    good_ = good_ && write(file_, buffer_.get(), used_) == static_cast<ssize_t>(used_);
+    good_ = good_ && file_.write(buffer_.get(), used_);
     written_ += used_;
     used_ = 0;
   }
@@ -41,7 +37,7 @@ class Sink {
   [[nodiscard]] bool good() const { return good_; }
 
  private:
-  int file_;
+  RawFile file_;
   std::unique_ptr<unsigned char[]> buffer_;
   std::size_t used_ = 0;
   std::size_t written_ = 0;
@@ -74,11 +70,7 @@ void putRow(Sink& sink, const SampleRow& row) {
 class SourceFile {
  public:
   explicit SourceFile(const std::string& path)
-      : file_(open(path.c_str(), O_RDONLY | O_CLOEXEC)),
-        buffer_(std::make_unique<unsigned char[]>(bufferSize)) {}
-  ~SourceFile() { close(file_); }
-  SourceFile(const SourceFile&) = delete;
-  SourceFile& operator=(const SourceFile&) = delete;
+      : file_(path, RawFile::Use::read), buffer_(std::make_unique<unsigned char[]>(bufferSize)) {}
 
   /// Moves to a row; null at the end.
   const unsigned char* row() {
@@ -86,15 +78,14 @@ class SourceFile {
       std::memmove(buffer_.get(), buffer_.get() + position_, end_ - position_);
       end_ -= position_;
       position_ = 0;
-      const ssize_t count = read(file_, buffer_.get() + end_, bufferSize - end_);
-      end_ += count > 0 ? static_cast<std::size_t>(count) : 0;
+      end_ += file_.read(buffer_.get() + end_, bufferSize - end_);
     }
     return position_ == end_ ? nullptr : buffer_.get() + position_;
   }
   void moveOn(std::size_t size) { position_ += size; }
 
  private:
-  int file_;
+  RawFile file_;
   std::unique_ptr<unsigned char[]> buffer_;
   std::size_t position_ = 0;
   std::size_t end_ = 0;

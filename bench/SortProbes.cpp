@@ -13,6 +13,7 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "System.h"
 #include "TableEngine.h"
 
 namespace {

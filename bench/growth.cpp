@@ -15,6 +15,7 @@
 
 #include "Measuring.h"
 #include "SampleRows.h"
+#include "System.h"
 #include "zvwt.h"
 
 namespace {

@@ -14,6 +14,7 @@
 
 #include "Measuring.h"
 #include "SampleRows.h"
+#include "System.h"
 #include "zvwt.h"
 
 namespace {

@@ -12,14 +12,20 @@
 #include <string>
 #include <vector>
 
-#include "DuckdbEngine.h"
 #include "Measuring.h"
-#include "RowCosts.h"
 #include "RowTwin.h"
 #include "SampleRows.h"
-#include "SqliteEngine.h"
 #include "TableEngine.h"
 #include "zvwt.h"
+#ifdef ZVWT_WITH_COSTS
+#include "RowCosts.h"
+#endif
+#ifdef ZVWT_WITH_SQLITE
+#include "SqliteEngine.h"
+#endif
+#ifdef ZVWT_WITH_DUCKDB
+#include "DuckdbEngine.h"
+#endif
 
 namespace {
 
@@ -131,8 +137,7 @@ class RowBenchmark {
       : rows_(makeSampleRows(rowCount)),
         expected_(expect(rows_)),
         directory_(directory),
-        table_(directory, {}),
-        sqlite_(directory, sqliteCache) {
+        table_(directory, {}) {
     prepareValues();
   }
   RowBenchmark(const RowBenchmark&) = delete;
@@ -222,7 +227,10 @@ class RowBenchmark {
   }
 
   std::vector<Work> peerWriters() {
-    std::vector<Work> all = {store("SQLite, insert", sqlite_)};
+    std::vector<Work> all;
+#ifdef ZVWT_WITH_SQLITE
+    all.push_back(store("SQLite, insert", sqlite_));
+#endif
 #ifdef ZVWT_WITH_DUCKDB
     all.push_back(store("DuckDB, appender", duckdbRows_));
     all.push_back(store("DuckDB, appended chunks", duckdbChunks_));
@@ -231,7 +239,10 @@ class RowBenchmark {
   }
 
   std::vector<Work> peerReaders() {
-    std::vector<Work> all = {read("SQLite, step and columns", sqlite_)};
+    std::vector<Work> all;
+#ifdef ZVWT_WITH_SQLITE
+    all.push_back(read("SQLite, step and columns", sqlite_));
+#endif
 #ifdef ZVWT_WITH_DUCKDB
     all.push_back(read("DuckDB, chunks, 1 thread", duckdbOneThread_));
     all.push_back(read("DuckDB, chunks, 2 threads", duckdbChunks_));
@@ -346,7 +357,9 @@ class RowBenchmark {
   Expected expected_;
   std::string directory_;
   TableEngine table_;  // what writeRow with assignments wrote
-  SqliteEngine sqlite_;
+#ifdef ZVWT_WITH_SQLITE
+  SqliteEngine sqlite_{directory_, sqliteCache};
+#endif
 #ifdef ZVWT_WITH_DUCKDB
   DuckdbEngine duckdbRows_{
       directory_, {.memoryLimit = nullptr, .threads = 2, .appending = DuckdbAppending::singleRows}};
@@ -371,19 +384,25 @@ void compare(const BenchmarkOptions& options, bool withoutPeers, const std::stri
 int main(int argc, char** argv) {
   const BenchmarkOptions defaults{.name = "rows", .rowCount = 2'000'000};
   bool withoutPeers = false;
+#ifdef ZVWT_WITH_COSTS
   bool costs = false;
+#endif
   return runBenchmark(
       argc, argv, "Rows written and read, against a hand-written twin, SQLite and DuckDB.",
       defaults,
       [&](const BenchmarkOptions& options, const std::string& directory) {
+#ifdef ZVWT_WITH_COSTS
         if (costs) {
           printCosts(makeSampleRows(options.rowCount), directory);
-        } else {
-          compare(options, withoutPeers, directory);
+          return;
         }
+#endif
+        compare(options, withoutPeers, directory);
       },
       [&](CLI::App& app) {
         app.add_flag("--no-peers", withoutPeers, "only this library and the hand-written twin");
+#ifdef ZVWT_WITH_COSTS
         app.add_flag("--costs", costs, "count system calls, allocations and memory instead");
+#endif
       });
 }

@@ -19,6 +19,7 @@
 #include "support/OpenedFile.h"
 #include "support/TemporaryDirectory.h"
 #include "support/ThisProcess.h"
+#include "support/ThisSystem.h"
 
 namespace {
 
@@ -295,7 +296,8 @@ TEST(FullDisk, IsToldByLargeWritesTruncationsAndTheClose) {
   EXPECT_EQ(np_fio_seek64(file.get(), 399'999, npFioFromStart), 399'999);
   EXPECT_EQ(putText(file.get(), "y"), 1);
   const SizeLimit lower(399'000);
-  EXPECT_EQ(np_fio_close(file.release()), npFioDiskFull);
+  // On Windows what a file has room for is never refused.
+  EXPECT_EQ(np_fio_close(file.release()), isWindows ? npFioSuccess : npFioDiskFull);
 }
 
 TEST(FullDisk, IsMetBeforeTheBufferAcceptsWhatDoesNotFit) {

@@ -7,6 +7,7 @@
 #include "support/Bytes.h"
 #include "support/FileCalls.h"
 #include "support/TableFixture.h"
+#include "support/ThisSystem.h"
 #include "wtfile/ZVWTFileImpl.h"
 
 namespace {
@@ -102,6 +103,9 @@ TEST_F(TableFaults, AnAppendWhoseIndexIsRefusedKeepsTheRowsThatWereThere) {
 }
 
 TEST_F(TableFaults, AnAppendWhoseCatalogueWouldBeRefusedDoesNotBegin) {
+  if (isWindows) {
+    GTEST_SKIP() << "there a catalogue that does not grow finds room";
+  }
   const std::string name = makeCountingTable(3);
   const SizeLimit limit(100);
   EXPECT_FALSE(manager->appendTable(name.c_str(), name.c_str(), &error));

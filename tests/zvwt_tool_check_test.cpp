@@ -8,6 +8,15 @@
 
 namespace {
 
+/// A path as it stands in JSON.
+std::string inJson(const std::string& path) {
+  std::string text;
+  for (const char byte : path) {
+    text += byte == '\\' ? "\\\\" : std::string(1, byte);
+  }
+  return text;
+}
+
 TEST_F(Tool, ChecksTables) {
   const std::string sound = import("a\n1\n2\n");
   const std::string damaged = import("a\n1\n");
@@ -28,7 +37,7 @@ TEST_F(Tool, ChecksTables) {
 
   outcome = run("check", {"--json", sound, damaged});
   EXPECT_EQ(outcome.exitCode, 1);
-  EXPECT_EQ(outcome.output, "[\n  {\"table\": \"" + damaged + "\", \"file\": \"" + place +
+  EXPECT_EQ(outcome.output, "[\n  {\"table\": \"" + damaged + "\", \"file\": \"" + inJson(place) +
                                 "\", \"offset\": 24, \"rule\": \"" + rule + "\"}\n]\n");
 }
 

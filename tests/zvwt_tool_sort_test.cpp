@@ -227,7 +227,9 @@ TEST_F(ToolSort, LeavesNothingBehindAnInterruptedSort) {
   while (program.isRunning() && tables_.names().size() == files.size()) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
-  program.interrupt();
+  if (!program.interrupt()) {
+    GTEST_SKIP() << "there is no console from which to interrupt it";
+  }
   const Outcome outcome = outcomeOf(program);
   EXPECT_NE(outcome.exitCode, 0);
   EXPECT_EQ(outcome.output, "");

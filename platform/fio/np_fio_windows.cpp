@@ -27,7 +27,9 @@ const char* const separators = "\\/";
 
 namespace {
 
-constexpr DWORD diskQuotaExceeded = 1295;  // not every windows.h has its name
+// Not every windows.h has their names.
+constexpr DWORD noSuchDevice = 433;
+constexpr DWORD diskQuotaExceeded = 1295;
 
 /// A removed file that others have open may keep its name until they close it. Nobody can open it
 /// any more, which the system calls a lack of rights.
@@ -63,6 +65,7 @@ int statusOf(DWORD code) noexcept {
     case ERROR_BAD_NETPATH:
     case ERROR_BAD_NET_NAME:
     case ERROR_DIRECTORY:
+    case noSuchDevice:
     case ERROR_DELETE_PENDING:
       return npFioNotFound;
     case ERROR_ACCESS_DENIED:

@@ -1,9 +1,10 @@
 # Configures the project as a user does, without a preset, installs it, builds the project of this
-# folder, the examples, against what was installed, and runs them and the installed tool.
+# folder, the examples, against what was installed, and runs them and the installed tool. For
+# another machine what is built already is installed.
 #
 # SOURCE the project, WORK a folder of this test's own, COMPILER the C++ compiler, TOOL whether the
 # tool is built; for another machine TOOLCHAIN the file that describes it, EMULATOR what runs its
-# programs.
+# programs, BUILT where the project was built.
 
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output
@@ -18,21 +19,21 @@ file(REMOVE_RECURSE ${WORK}/prefix ${WORK}/examples)
 set(settings -G Ninja -DCMAKE_BUILD_TYPE=Release)
 if(TOOLCHAIN)
   # A file takes a list of words as it is. What is installed is found although it is not among the
-  # other machine's files; it is built as the presets for such machines build.
+  # other machine's files.
   file(WRITE ${WORK}/settings.cmake "\
 set(CMAKE_TOOLCHAIN_FILE \"${TOOLCHAIN}\" CACHE FILEPATH \"\")
 set(CMAKE_CROSSCOMPILING_EMULATOR \"${EMULATOR}\" CACHE STRING \"\")
 set(CMAKE_INSTALL_PREFIX \"${WORK}/prefix\" CACHE PATH \"\")
 set(CMAKE_STAGING_PREFIX \"${WORK}/prefix\" CACHE PATH \"\")
-set(ZVWT_LINK_TIME_OPTIMISATION OFF CACHE BOOL \"\")
 ")
   list(APPEND settings -C ${WORK}/settings.cmake)
 else()
   list(APPEND settings -DCMAKE_CXX_COMPILER=${COMPILER})
+  set(BUILT ${WORK}/build)
+  run(${CMAKE_COMMAND} -S ${SOURCE} -B ${BUILT} ${settings} -DZVWT_BUILD_TOOL=${TOOL})
+  run(${CMAKE_COMMAND} --build ${BUILT})
 endif()
-run(${CMAKE_COMMAND} -S ${SOURCE} -B ${WORK}/build ${settings} -DZVWT_BUILD_TOOL=${TOOL})
-run(${CMAKE_COMMAND} --build ${WORK}/build)
-run(${CMAKE_COMMAND} --install ${WORK}/build --prefix ${WORK}/prefix)
+run(${CMAKE_COMMAND} --install ${BUILT} --prefix ${WORK}/prefix)
 run(${CMAKE_COMMAND} -S ${SOURCE}/tests/installed -B ${WORK}/examples ${settings}
     -DCMAKE_PREFIX_PATH=${WORK}/prefix -DEXAMPLES=${SOURCE}/examples
     -DCOMPARE=${SOURCE}/cmake/CompareOutput.cmake)

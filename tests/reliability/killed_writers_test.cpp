@@ -138,7 +138,8 @@ class TableWork {
 
 /// Does what the words behind the directory, the shape's number and two tables' names say.
 const ChildPart working("work", [](const Teller& teller, const Words& words) {
-  const ManagerHandle manager(zvwtCreateManager("child", words[0].c_str(), nullptr));
+  ZvbString error;
+  const ManagerHandle manager(zvwtCreateManager("child", words[0].c_str(), &error));
   TempDirectories directories;
   if (manager == nullptr || !directories.split(words[0].c_str(), np_dir_listsep)) {
     teller.fail("no directory");

@@ -19,7 +19,8 @@ bool isToldInUse(const ZvbString& error) {
 }
 
 ManagerHandle managerOf(const std::string& directory) {
-  return ManagerHandle(zvwtCreateManager("child", directory.c_str(), nullptr));
+  ZvbString error;
+  return ManagerHandle(zvwtCreateManager("child", directory.c_str(), &error));
 }
 
 /// Appends the source `times` times; each time another process has the table, it tries again.

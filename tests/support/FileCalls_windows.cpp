@@ -36,7 +36,7 @@ BOOL refuse() {
   return FALSE;
 }
 
-/// Takes as much as there is room for.
+/// Takes as much as there is room for, as within the file there always is.
 BOOL WINAPI write(HANDLE file, const void* bytes, DWORD size, DWORD* count, OVERLAPPED* place) {
   static auto* const real = systems(&::WriteFile, "WriteFile");
   if (place == nullptr) {
@@ -44,7 +44,9 @@ BOOL WINAPI write(HANDLE file, const void* bytes, DWORD size, DWORD* count, OVER
   }
   const auto offset =
       static_cast<std::int64_t>(std::uint64_t{place->OffsetHigh} << 32 | place->Offset);
-  const std::int64_t room = limitOfFiles - offset;
+  LARGE_INTEGER end = {};
+  GetFileSizeEx(file, &end);
+  const std::int64_t room = std::max<std::int64_t>(limitOfFiles, end.QuadPart) - offset;
   return room <= 0 ? refuse()
                    : real(file, bytes, static_cast<DWORD>(std::min<std::int64_t>(size, room)),
                           count, place);

@@ -45,8 +45,8 @@ class Program {
   void closeOutput();
 
   [[nodiscard]] bool isRunning();
-  /// Asks it to end, as a person does who wants it to stop.
-  void interrupt() const;
+  /// Asks it to end, as a person does who wants it to stop. False where there is no way to.
+  [[nodiscard]] bool interrupt() const;
   /// Ends it without asking.
   void kill() const;
   /// Its exit code once it has ended; above 255 when it was ended from outside.

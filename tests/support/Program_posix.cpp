@@ -116,10 +116,8 @@ bool Program::isRunning() {
   return !hasEnded_;
 }
 
-void Program::interrupt() const {
-  if (!hasEnded_) {
-    ::kill(static_cast<pid_t>(process_), SIGTERM);
-  }
+bool Program::interrupt() const {
+  return !hasEnded_ && ::kill(static_cast<pid_t>(process_), SIGTERM) == 0;
 }
 
 void Program::kill() const {

@@ -144,8 +144,9 @@ bool Program::isRunning() {
   return !hasEnded_;
 }
 
-void Program::interrupt() const {
-  GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, GetProcessId(handle(process_)));
+/// It takes a console that the program and this test have in common.
+bool Program::interrupt() const {
+  return GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, GetProcessId(handle(process_))) != FALSE;
 }
 
 void Program::kill() const { TerminateProcess(handle(process_), 256 + 9); }

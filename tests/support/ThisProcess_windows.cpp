@@ -38,18 +38,21 @@ std::int64_t peakOfAll() {
 
 }  // namespace
 
-/// There is no list: handles are small multiples of 4, and each that could be one is asked.
+/// There is no list. But handles are small multiples of 4, the smallest that are free, so each that
+/// could be one is asked.
 std::vector<ProcessFile> openFiles() {
-  DWORD left = 0;
-  GetProcessHandleCount(GetCurrentProcess(), &left);
+  constexpr int widestGap = 256;
   std::vector<ProcessFile> found;
-  for (std::intptr_t number = 4; left > 0 && number < 1 << 16; number += 4) {
+  std::intptr_t number = 4;
+  for (int gap = 0; gap < widestGap; ++gap, number += 4) {
     ProcessFile file = {number, ""};
     DWORD flags = 0;
-    left -= GetHandleInformation(handle(file), &flags) != FALSE ? 1 : 0;
-    if (GetFileType(handle(file)) == FILE_TYPE_DISK) {
-      file.path = pathOf(handle(file));
-      found.push_back(file);
+    if (GetHandleInformation(handle(file), &flags) != FALSE) {
+      gap = 0;
+      if (GetFileType(handle(file)) == FILE_TYPE_DISK) {
+        file.path = pathOf(handle(file));
+        found.push_back(file);
+      }
     }
   }
   return found;

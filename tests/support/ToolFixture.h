@@ -41,8 +41,16 @@ class Tool : public testing::Test {
 
   Outcome outcomeOf(Program& program) {
     const int exitCode = program.wait();
-    return {exitCode, TemporaryDirectory::read(files_.file("out")),
-            TemporaryDirectory::read(files_.file("err"))};
+    return {exitCode, TemporaryDirectory::read(files_.file("out")), errors()};
+  }
+
+  /// What was said, whatever ends the lines of texts on this system.
+  [[nodiscard]] std::string errors() const {
+    std::string text = TemporaryDirectory::read(files_.file("err"));
+    for (std::size_t at = text.find("\r\n"); at != std::string::npos; at = text.find("\r\n", at)) {
+      text.erase(at, 1);
+    }
+    return text;
   }
 
   Words words(const std::string& verb, const Words& arguments) const {

@@ -289,6 +289,7 @@ void addDelete(CLI::App* app, Options* options) {
 ExitCode run(std::vector<std::string> arguments) {
   CLI::App app("Work tables on the command line", "zvwt");
   app.require_subcommand(1);
+  app.allow_windows_style_options(false);  // a path can begin with a slash there too
   app.footer(exitCodes);
   Options options;
   addImport(&app, &options);
