@@ -1,11 +1,11 @@
-#include "System.h"
-
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <fstream>
 #include <stdexcept>
+
+#include "System.h"
 
 RawFile::RawFile(const std::string& path, Use use)
     : file_(use == Use::read ? open(path.c_str(), O_RDONLY | O_CLOEXEC)

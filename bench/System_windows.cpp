@@ -1,6 +1,6 @@
-#include "System.h"
-
 #include <windows.h>
+
+#include "System.h"
 // Needs the types of the header above.
 #include <psapi.h>
 
@@ -41,11 +41,9 @@ bool RawFile::write(const void* bytes, std::size_t size) {
 std::size_t RawFile::read(void* bytes, std::size_t size) {
   DWORD count = 0;
   return ReadFile(handle(file_), bytes, static_cast<DWORD>(size), &count, nullptr) != FALSE ? count
-                                                                                           : 0;
+                                                                                            : 0;
 }
 
 std::int64_t residentBytes() { return static_cast<std::int64_t>(memory().WorkingSetSize); }
 
-std::int64_t peakResidentBytes() {
-  return static_cast<std::int64_t>(memory().PeakWorkingSetSize);
-}
+std::int64_t peakResidentBytes() { return static_cast<std::int64_t>(memory().PeakWorkingSetSize); }

@@ -2,9 +2,9 @@
 # folder, the examples, against what was installed, and runs them and the installed tool. For
 # another machine what is built already is installed.
 #
-# SOURCE the project, WORK a folder of this test's own, COMPILER the C++ compiler, TOOL whether the
-# tool is built; for another machine TOOLCHAIN the file that describes it, EMULATOR what runs its
-# programs, BUILT where the project was built.
+# SOURCE the project, WORK a folder of this test's own, COMPILER the C++ compiler, TOOL the name of
+# the tool's file, empty where it is not built; for another machine TOOLCHAIN the file that describes
+# it, EMULATOR what runs its programs, BUILT where the project was built.
 
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output
@@ -29,8 +29,12 @@ set(CMAKE_STAGING_PREFIX \"${WORK}/prefix\" CACHE PATH \"\")
   list(APPEND settings -C ${WORK}/settings.cmake)
 else()
   list(APPEND settings -DCMAKE_CXX_COMPILER=${COMPILER})
+  set(withTool OFF)
+  if(TOOL)
+    set(withTool ON)
+  endif()
   set(BUILT ${WORK}/build)
-  run(${CMAKE_COMMAND} -S ${SOURCE} -B ${BUILT} ${settings} -DZVWT_BUILD_TOOL=${TOOL})
+  run(${CMAKE_COMMAND} -S ${SOURCE} -B ${BUILT} ${settings} -DZVWT_BUILD_TOOL=${withTool})
   run(${CMAKE_COMMAND} --build ${BUILT})
 endif()
 run(${CMAKE_COMMAND} --install ${BUILT} --prefix ${WORK}/prefix)
@@ -40,5 +44,5 @@ run(${CMAKE_COMMAND} -S ${SOURCE}/tests/installed -B ${WORK}/examples ${settings
 run(${CMAKE_COMMAND} --build ${WORK}/examples)
 run(${CMAKE_CTEST_COMMAND} --test-dir ${WORK}/examples --output-on-failure --no-tests=error)
 if(TOOL)
-  run(${EMULATOR} ${WORK}/prefix/bin/zvwt --help)
+  run(${EMULATOR} ${WORK}/prefix/bin/${TOOL} --help)
 endif()

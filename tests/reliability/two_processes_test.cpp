@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "support/ChildProcess.h"
+#include "support/SlowRun.h"
 #include "support/TableFixture.h"
 #include "support/TestEffort.h"
 #include "wtfile/ZVWTFileImpl.h"
@@ -158,7 +159,7 @@ TEST_F(TwoProcesses, AreToldOfEachOther) {
 
 /// While the files of both are cleaned all the time.
 TEST_F(TwoProcesses, CreateAndDeleteInOneDirectory) {
-  const int times = 150 * testEffort();
+  const int times = (isEmulated ? 30 : 150) * testEffort();
   const Words words = {directory.path(), std::to_string(times)};
   std::vector<std::string> tables;
   {
@@ -167,6 +168,7 @@ TEST_F(TwoProcesses, CreateAndDeleteInOneDirectory) {
     for (bool runs = true; runs;) {
       EXPECT_TRUE(zvwtCleanDirectories(manager.get(), 0, true, nullptr, nullptr, &error))
           << error.asCstr();
+      std::this_thread::sleep_for(std::chrono::milliseconds(isEmulated ? 50 : 0));
       runs = false;
       for (ChildProcess* child : {&first, &second}) {
         runs = child->isRunning() || runs;

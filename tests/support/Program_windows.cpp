@@ -42,7 +42,8 @@ HANDLE connect(DWORD number, const Program::Stream& stream, std::intptr_t* ours)
     case Kind::pipe: {
       HANDLE reading = nullptr;
       HANDLE writing = nullptr;
-      if (CreatePipe(&reading, &writing, nullptr, 0) == FALSE) {
+      constexpr DWORD unread = 1 << 16;  // bytes that can wait in it, as many as elsewhere
+      if (CreatePipe(&reading, &writing, nullptr, unread) == FALSE) {
         std::abort();
       }
       HANDLE const theirs = isInput ? reading : writing;

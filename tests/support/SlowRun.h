@@ -2,10 +2,17 @@
 /// emulator.
 #pragma once
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(ZVWT_TEST_EMULATED)
+#ifdef ZVWT_TEST_EMULATED
+constexpr bool isEmulated = true;
+#else
+constexpr bool isEmulated = false;
+#endif
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool isSlowRun = true;
 #elif defined(__has_feature)
-constexpr bool isSlowRun = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+constexpr bool isSlowRun =
+    isEmulated || __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
 #else
-constexpr bool isSlowRun = false;
+constexpr bool isSlowRun = isEmulated;
 #endif
