@@ -6,6 +6,8 @@
 #include "reliability/Operations.h"
 #include "reliability/Sweep.h"
 #include "reliability/SystemFaults.h"
+#include "support/SlowRun.h"
+#include "support/ThisSystem.h"
 
 namespace {
 
@@ -74,7 +76,7 @@ class SystemFaultSweep : public Sweep {
   /// The number of points.
   std::int64_t run() {
     for (const Fault& fault : faults) {
-      if (fault.code == code::none) {
+      if (fault.code == code::none || isLeftOut()) {
         continue;
       }
       for (const bool lasts : {false, true}) {
@@ -87,6 +89,13 @@ class SystemFaultSweep : public Sweep {
   }
 
  private:
+  /// Under Wine each operation meets some faults, and each fault some operations.
+  static bool isLeftOut() {
+    static int count = 0;
+    constexpr int all = 5;
+    return isEmulated && isWindows && ++count % all != 0;
+  }
+
   /// False when the operation makes fewer calls.
   bool failsAt(const Fault& fault, std::int64_t call, bool lasts) {
     bool met = false;
