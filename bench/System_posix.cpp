@@ -1,3 +1,4 @@
+/// The POSIX half; System_windows.cpp is its twin.
 #include <fcntl.h>
 #include <unistd.h>
 

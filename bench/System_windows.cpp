@@ -1,10 +1,11 @@
+/// The Windows half; System_posix.cpp is its twin.
 #include <windows.h>
-
-#include "System.h"
 // Needs the types of the header above.
 #include <psapi.h>
 
 #include <filesystem>
+
+#include "System.h"
 
 namespace {
 

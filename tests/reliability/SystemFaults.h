@@ -62,3 +62,17 @@ class SystemFaults {
   /// The file of the first of them; empty when it has none.
   [[nodiscard]] const char* file() const noexcept;
 };
+
+// What follows is for the calls in front of the system's.
+namespace call {
+
+/// What happens to those that meet it; only while a SystemFaults lives.
+[[nodiscard]] const Fault& currentFault() noexcept;
+
+/// Whether a call of this kind, which is one more of them, is to meet the fault.
+[[nodiscard]] bool strikes(unsigned kind) noexcept;
+
+/// Remembers one that did, and the path of its file.
+void note(unsigned kind, const char* path) noexcept;
+
+}  // namespace call

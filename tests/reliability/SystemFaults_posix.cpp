@@ -1,3 +1,4 @@
+/// The POSIX half; SystemFaults_windows.cpp is its twin.
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -10,12 +11,10 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
-#include <string_view>
 
 #include "reliability/SystemFaults.h"
 
@@ -39,94 +38,45 @@ namespace {
 
 using Path = std::array<char, 512>;
 
-const Fault* fault = nullptr;  // set while `armed` is not
-std::int64_t firstFailing = 0;
-bool isLasting = false;
-std::atomic<bool> armed{false};
-std::atomic<std::int64_t> calls{0};  // that the fault could happen to
-std::atomic<unsigned> metCalls{0};
-std::atomic<bool> metOnCatalogue{false};
-Path firstFile;
-
 /// The system's function of that name, or what a sanitizer has in front of it.
 template <typename Function>
 Function* systems(Function* /*type*/, const char* name) noexcept {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
-bool isCatalogue(std::string_view path) noexcept {
-  return path.substr(path.rfind('/') + 1).starts_with("zvwt_");
-}
-
-void note(unsigned kind, const char* path) noexcept {
-  if (metCalls.fetch_or(kind) == 0) {
-    (void)std::snprintf(firstFile.data(), firstFile.size(), "%s", path);
-  }
-  if (isCatalogue(path)) {
-    metOnCatalogue = true;
-  }
-}
-
-bool strikes(unsigned kind) noexcept {
-  if (!armed || (fault->calls & kind) == 0) {
-    return false;
-  }
-  const std::int64_t number = calls++;
-  return number == firstFailing || (isLasting && number > firstFailing);
-}
-
 /// Whether this call is to meet the fault; errno then says which.
 bool strikes(unsigned kind, const char* path) noexcept {
-  if (!strikes(kind)) {
+  if (!call::strikes(kind)) {
     return false;
   }
-  note(kind, path);
-  errno = fault->code;
+  call::note(kind, path);
+  errno = call::currentFault().code;
   return true;
 }
 
 bool strikes(unsigned kind, int descriptor) noexcept {
-  if (!strikes(kind)) {
+  if (!call::strikes(kind)) {
     return false;
   }
   Path link;
   Path path{};
   (void)std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", descriptor);
   (void)readlink(link.data(), path.data(), path.size() - 1);
-  note(kind, path.data());
-  errno = fault->code;
+  call::note(kind, path.data());
+  errno = call::currentFault().code;
   return true;
 }
 
 /// The result of a transfer that has met the fault; `transfer` does one of so many bytes.
 template <typename Transfer>
 ssize_t transferBadly(std::size_t size, const Transfer& transfer) {
-  if (fault->effect == Fault::Effect::transfersLess) {
+  if (call::currentFault().effect == Fault::Effect::transfersLess) {
     return transfer(std::max<std::size_t>(size / 2, 1));
   }
-  return fault->effect == Fault::Effect::transfersNone ? 0 : -1;
+  return call::currentFault().effect == Fault::Effect::transfersNone ? 0 : -1;
 }
 
 }  // namespace
-
-SystemFaults::SystemFaults(const Fault& what, std::int64_t first, bool lasting) noexcept {
-  fault = &what;
-  firstFailing = first;
-  isLasting = lasting;
-  calls = 0;
-  metCalls = 0;
-  metOnCatalogue = false;
-  firstFile[0] = '\0';
-  armed = true;
-}
-
-SystemFaults::~SystemFaults() { armed = false; }
-
-unsigned SystemFaults::met() const noexcept { return metCalls; }
-
-bool SystemFaults::metCatalogue() const noexcept { return metOnCatalogue; }
-
-const char* SystemFaults::file() const noexcept { return firstFile.data(); }
 
 extern "C" {
 
@@ -218,7 +168,8 @@ int fstatfs(int descriptor, struct statfs* found) noexcept {
 
 int posix_fadvise(int descriptor, off_t offset, off_t size, int advice) noexcept {
   static auto* const real = systems(&::posix_fadvise, "posix_fadvise");
-  return strikes(call::advise, descriptor) ? fault->code : real(descriptor, offset, size, advice);
+  return strikes(call::advise, descriptor) ? call::currentFault().code
+                                           : real(descriptor, offset, size, advice);
 }
 
 int getrlimit(__rlimit_resource_t resource, struct rlimit* limit) noexcept {

@@ -1,17 +1,16 @@
-/// A program reaches the system's functions through pointers, which this file has in place of the
-/// system's.
+/// The Windows half; SystemFaults_posix.cpp is its twin. A program reaches the system's functions
+/// through pointers, which this file has in place of the system's.
 #include <windows.h>
-
-#include "reliability/SystemFaults.h"
 // Needs the types of the header above.
 #include <winternl.h>
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cstdio>
 #include <filesystem>
 #include <string>
+
+#include "reliability/SystemFaults.h"
 
 namespace code {
 const int inputOutput = ERROR_IO_DEVICE;
@@ -31,15 +30,6 @@ const int interrupted = none;
 
 namespace {
 
-const Fault* fault = nullptr;  // set while `armed` is not
-std::int64_t firstFailing = 0;
-bool isLasting = false;
-std::atomic<bool> armed{false};
-std::atomic<std::int64_t> calls{0};  // that the fault could happen to
-std::atomic<unsigned> metCalls{0};
-std::atomic<bool> metOnCatalogue{false};
-std::array<char, 512> firstFile;
-
 /// The system's function of that name.
 template <typename Function>
 Function* systems(Function* /*type*/, const char* name, const wchar_t* library = L"kernel32") {
@@ -48,42 +38,29 @@ Function* systems(Function* /*type*/, const char* name, const wchar_t* library =
 }
 
 void note(unsigned kind, const wchar_t* path) noexcept {
-  const std::wstring_view name(path);
-  if (metCalls.fetch_or(kind) == 0) {
-    (void)std::snprintf(firstFile.data(), firstFile.size(), "%ls", path);
-  }
-  const std::size_t folder = name.find_last_of(L"/\\");
-  if (name.substr(folder == name.npos ? 0 : folder + 1).starts_with(L"zvwt_")) {
-    metOnCatalogue = true;
-  }
-}
-
-bool strikes(unsigned kind) noexcept {
-  if (!armed || (fault->calls & kind) == 0) {
-    return false;
-  }
-  const std::int64_t number = calls++;
-  return number == firstFailing || (isLasting && number > firstFailing);
+  std::array<char, 512> text;
+  (void)std::snprintf(text.data(), text.size(), "%ls", path);
+  call::note(kind, text.data());
 }
 
 /// Whether this call is to meet the fault; the last error then says which.
 bool strikes(unsigned kind, const wchar_t* path) noexcept {
-  if (!strikes(kind)) {
+  if (!call::strikes(kind)) {
     return false;
   }
   note(kind, path);
-  SetLastError(static_cast<DWORD>(fault->code));
+  SetLastError(static_cast<DWORD>(call::currentFault().code));
   return true;
 }
 
 bool strikes(unsigned kind, HANDLE file) noexcept {
-  if (!strikes(kind)) {
+  if (!call::strikes(kind)) {
     return false;
   }
   std::array<wchar_t, 512> path{};
   GetFinalPathNameByHandleW(file, path.data(), static_cast<DWORD>(path.size()), 0);
   note(kind, path.data());
-  SetLastError(static_cast<DWORD>(fault->code));
+  SetLastError(static_cast<DWORD>(call::currentFault().code));
   return true;
 }
 
@@ -91,10 +68,10 @@ bool strikes(unsigned kind, HANDLE file) noexcept {
 template <typename Transfer>
 BOOL transferBadly(DWORD size, DWORD* count, const Transfer& transfer) {
   *count = 0;
-  if (fault->effect == Fault::Effect::transfersLess) {
+  if (call::currentFault().effect == Fault::Effect::transfersLess) {
     return transfer(std::max<DWORD>(size / 2, 1));
   }
-  return fault->effect == Fault::Effect::transfersNone ? TRUE : FALSE;
+  return call::currentFault().effect == Fault::Effect::transfersNone ? TRUE : FALSE;
 }
 
 HANDLE WINAPI createFile(const wchar_t* path, DWORD access, DWORD sharing,
@@ -171,25 +148,6 @@ BOOL WINAPI findNext(HANDLE search, WIN32_FIND_DATAW* found) {
 }
 
 }  // namespace
-
-SystemFaults::SystemFaults(const Fault& what, std::int64_t first, bool lasting) noexcept {
-  fault = &what;
-  firstFailing = first;
-  isLasting = lasting;
-  calls = 0;
-  metCalls = 0;
-  metOnCatalogue = false;
-  firstFile[0] = '\0';
-  armed = true;
-}
-
-SystemFaults::~SystemFaults() { armed = false; }
-
-unsigned SystemFaults::met() const noexcept { return metCalls; }
-
-bool SystemFaults::metCatalogue() const noexcept { return metOnCatalogue; }
-
-const char* SystemFaults::file() const noexcept { return firstFile.data(); }
 
 #define REPLACE(function, replacement)                 \
   extern decltype(&::function) const __imp_##function; \

@@ -1,3 +1,4 @@
+/// The POSIX half; FileCalls_windows.cpp is its twin.
 #include <sys/resource.h>
 
 #include <algorithm>

@@ -1,13 +1,14 @@
-/// The system has neither limits nor counts of this kind, so the calls pass through here: a program
-/// reaches them through pointers, which this file has in place of the system's.
+/// The Windows half; FileCalls_posix.cpp is its twin. The system has neither limits nor counts of
+/// this kind, so the calls pass through here: a program reaches them through pointers, which this
+/// file has in place of the system's.
 #include <windows.h>
-
-#include "support/FileCalls.h"
 // Needs the types of the header above.
 #include <winternl.h>
 
 #include <algorithm>
 #include <limits>
+
+#include "support/FileCalls.h"
 
 namespace {
 

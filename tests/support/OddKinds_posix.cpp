@@ -1,3 +1,4 @@
+/// The POSIX half; OddKinds_windows.cpp is its twin.
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>

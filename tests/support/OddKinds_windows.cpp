@@ -1,3 +1,4 @@
+/// The Windows half; OddKinds_posix.cpp is its twin.
 #include <filesystem>
 
 #include "support/OddKinds.h"

@@ -1,3 +1,4 @@
+/// The POSIX half; OrdinaryUser_windows.cpp is its twin.
 #include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>

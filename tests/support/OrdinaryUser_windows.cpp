@@ -1,3 +1,4 @@
+/// The Windows half; OrdinaryUser_posix.cpp is its twin.
 #include <gtest/gtest.h>
 
 #include "support/OrdinaryUser.h"

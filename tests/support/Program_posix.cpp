@@ -1,3 +1,4 @@
+/// The POSIX half; Program_windows.cpp is its twin.
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>

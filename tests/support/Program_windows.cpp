@@ -1,15 +1,14 @@
-#include <windows.h>
-
-#include "support/Program.h"
-// Needs the types of the header above.
+/// The Windows half; Program_posix.cpp is its twin.
 #include <fcntl.h>
 #include <io.h>
+#include <windows.h>
 
 #include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <thread>
 
+#include "support/Program.h"
 #include "support/Wide_windows.h"
 
 namespace {

@@ -1,3 +1,4 @@
+/// The POSIX half; ThisProcess_windows.cpp is its twin.
 #include <malloc.h>
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,6 +1,5 @@
+/// The Windows half; ThisProcess_posix.cpp is its twin.
 #include <windows.h>
-
-#include "support/ThisProcess.h"
 // Need the types of the header above.
 #include <malloc.h>
 #include <psapi.h>
@@ -12,6 +11,7 @@
 #include <string_view>
 
 #include "fio/np_fio_work.h"
+#include "support/ThisProcess.h"
 #include "support/Wide_windows.h"
 
 namespace {

@@ -1,7 +1,5 @@
 /// The Windows half; System_posix.cpp is its twin.
 #include <windows.h>
-
-#include "System.h"
 // Needs the types of the header above.
 #include <fcntl.h>
 #include <io.h>
@@ -12,6 +10,8 @@
 #include <array>
 #include <cerrno>
 #include <random>
+
+#include "System.h"
 
 namespace zvwttool {
 namespace {
