@@ -344,7 +344,8 @@ void Threads::replaceShortLived(Hand& hand) {
     expectGone(hand.error);
   }
   rival.join();
-  EXPECT_EQ(nullptr, hand.open(name));
+  // Wine lets deleted files be opened as long as somebody reads them.
+  EXPECT_TRUE(hand.open(name) == nullptr || runsUnderWine());
 }
 
 void Threads::readShortLived(Hand& hand) {
