@@ -21,6 +21,7 @@ RawFile::~RawFile() {
 
 bool RawFile::isOpen() const { return file_ >= 0; }
 
+// NOLINTBEGIN(readability-make-member-function-const): they change the file
 bool RawFile::write(const void* bytes, std::size_t size) {
   return ::write(static_cast<int>(file_), bytes, size) == static_cast<ssize_t>(size);
 }
@@ -29,6 +30,7 @@ std::size_t RawFile::read(void* bytes, std::size_t size) {
   const ssize_t count = ::read(static_cast<int>(file_), bytes, size);
   return static_cast<std::size_t>(std::max<ssize_t>(count, 0));
 }
+// NOLINTEND(readability-make-member-function-const)
 
 std::int64_t residentBytes() {
   std::ifstream pages("/proc/self/statm");

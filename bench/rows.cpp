@@ -13,23 +13,14 @@
 #include <vector>
 
 #include "Measuring.h"
+#include "RowPeers.h"
 #include "RowTwin.h"
 #include "SampleRows.h"
 #include "TableEngine.h"
 #include "zvwt.h"
-#ifdef ZVWT_WITH_COSTS
-#include "RowCosts.h"
-#endif
-#ifdef ZVWT_WITH_SQLITE
-#include "SqliteEngine.h"
-#endif
-#ifdef ZVWT_WITH_DUCKDB
-#include "DuckdbEngine.h"
-#endif
 
 namespace {
 
-constexpr std::int64_t sqliteCache = 64 << 20;
 constexpr int firstColumns[] = {0, 1};
 constexpr int lastColumns[] = {5, 6};
 
@@ -137,7 +128,8 @@ class RowBenchmark {
       : rows_(makeSampleRows(rowCount)),
         expected_(expect(rows_)),
         directory_(directory),
-        table_(directory, {}) {
+        table_(directory, {}),
+        peers_(makeRowPeers(directory)) {
     prepareValues();
   }
   RowBenchmark(const RowBenchmark&) = delete;
@@ -228,25 +220,21 @@ class RowBenchmark {
 
   std::vector<Work> peerWriters() {
     std::vector<Work> all;
-#ifdef ZVWT_WITH_SQLITE
-    all.push_back(store("SQLite, insert", sqlite_));
-#endif
-#ifdef ZVWT_WITH_DUCKDB
-    all.push_back(store("DuckDB, appender", duckdbRows_));
-    all.push_back(store("DuckDB, appended chunks", duckdbChunks_));
-#endif
+    for (const RowPeer& peer : peers_) {
+      if (peer.writing != nullptr) {
+        all.push_back(store(peer.writing, *peer.engine));
+      }
+    }
     return all;
   }
 
   std::vector<Work> peerReaders() {
     std::vector<Work> all;
-#ifdef ZVWT_WITH_SQLITE
-    all.push_back(read("SQLite, step and columns", sqlite_));
-#endif
-#ifdef ZVWT_WITH_DUCKDB
-    all.push_back(read("DuckDB, chunks, 1 thread", duckdbOneThread_));
-    all.push_back(read("DuckDB, chunks, 2 threads", duckdbChunks_));
-#endif
+    for (const RowPeer& peer : peers_) {
+      if (peer.reading != nullptr) {
+        all.push_back(read(peer.reading, *peer.engine));
+      }
+    }
     return all;
   }
 
@@ -357,15 +345,7 @@ class RowBenchmark {
   Expected expected_;
   std::string directory_;
   TableEngine table_;  // what writeRow with assignments wrote
-#ifdef ZVWT_WITH_SQLITE
-  SqliteEngine sqlite_{directory_, sqliteCache};
-#endif
-#ifdef ZVWT_WITH_DUCKDB
-  DuckdbEngine duckdbRows_{
-      directory_, {.memoryLimit = nullptr, .threads = 2, .appending = DuckdbAppending::singleRows}};
-  DuckdbEngine duckdbChunks_{directory_, {.memoryLimit = nullptr, .threads = 2}};
-  DuckdbEngine duckdbOneThread_{directory_, {.memoryLimit = nullptr, .threads = 1}};
-#endif
+  std::vector<RowPeer> peers_;
   std::vector<ZvbDatavar> prepared_;
   ZvbString preparedName_;
   zvwt::Cursor cursor_;  // what was appended by it
@@ -384,25 +364,13 @@ void compare(const BenchmarkOptions& options, bool withoutPeers, const std::stri
 int main(int argc, char** argv) {
   const BenchmarkOptions defaults{.name = "rows", .rowCount = 2'000'000};
   bool withoutPeers = false;
-#ifdef ZVWT_WITH_COSTS
-  bool costs = false;
-#endif
   return runBenchmark(
       argc, argv, "Rows written and read, against a hand-written twin, SQLite and DuckDB.",
       defaults,
       [&](const BenchmarkOptions& options, const std::string& directory) {
-#ifdef ZVWT_WITH_COSTS
-        if (costs) {
-          printCosts(makeSampleRows(options.rowCount), directory);
-          return;
-        }
-#endif
         compare(options, withoutPeers, directory);
       },
       [&](CLI::App& app) {
         app.add_flag("--no-peers", withoutPeers, "only this library and the hand-written twin");
-#ifdef ZVWT_WITH_COSTS
-        app.add_flag("--costs", costs, "count system calls, allocations and memory instead");
-#endif
       });
 }

@@ -1,5 +1,4 @@
-#include "RowCosts.h"
-
+/// What writing and reading rows takes besides time.
 #include <malloc.h>
 
 #include <algorithm>
@@ -104,8 +103,7 @@ void readAll(TableEngine& engine, bool backwards, const std::function<void()>& a
   require(end, "read", *table);
 }
 
-}  // namespace
-
+/// Of a write and of reads in both directions, beside what is asked of them.
 void printCosts(const std::vector<SampleRow>& rows, const std::string& directory) {
   TableEngine engine(directory, {});
   std::printf("%zu rows\n\n%-26s %18s %18s %18s\n", rows.size(), "", "system calls", "allocations",
@@ -123,4 +121,14 @@ void printCosts(const std::vector<SampleRow>& rows, const std::string& directory
         [&](const std::function<void()>& afterRow) { readAll(engine, backwards, afterRow); },
         rows.size());
   }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const BenchmarkOptions defaults{.name = "costs", .rowCount = 2'000'000};
+  return runBenchmark(argc, argv, "System calls, allocations and memory of rows written and read.",
+                      defaults, [](const BenchmarkOptions& options, const std::string& directory) {
+                        printCosts(makeSampleRows(options.rowCount), directory);
+                      });
 }
