@@ -1,7 +1,7 @@
 /** @file
  * A string cursor for C: 14 functions, each given the cursor's handle first.
  *
- *   ZvwfHandle* cursor = ...;  from ZvWorkTableStringZVWFCursor::zvwfHandle
+ *   ZvwfHandle* cursor = ...;  from zvwtNewCursor or ZvWorkTableStringZVWFCursor::zvwfHandle
  *   const ZvwfFunctions* table = cursor->functions;
  *   table->addColumn(cursor, "city");
  *   if (table->create(cursor) != 0) puts(table->errorMessage(cursor));

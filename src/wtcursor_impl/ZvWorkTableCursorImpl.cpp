@@ -1,7 +1,9 @@
 #include "wtcursor_impl/ZvWorkTableCursorImpl.h"
 
 #include <algorithm>
+#include <cstring>
 #include <new>
+#include <string_view>
 #include <utility>
 
 #include "base/zvb_assert.h"
@@ -10,7 +12,19 @@
 
 namespace {
 
+// What is read at once: values, and bytes of texts that lie outside them.
+constexpr int batchValueLimit = 4096;
+constexpr std::size_t batchTextLimit = std::size_t{1} << 20;
+
 ZVWTFileImpl* asImpl(ZvWorkTableFile* table) noexcept { return static_cast<ZVWTFileImpl*>(table); }
+
+/// So much of a text as belongs into a message.
+ZvbString shortened(const char* text) noexcept {
+  constexpr std::size_t limit = 60;
+  ZvbString start;
+  start.assign(text, zvbCutAtCharacter(text, std::strlen(text), limit));
+  return start;
+}
 
 }  // namespace
 
@@ -66,6 +80,8 @@ bool ZvWorkTableCursorImpl::makeRow(RowValues* row) noexcept {
 void ZvWorkTableCursorImpl::discardRows() noexcept {
   appendRow_.reset();
   fetchRow_.reset();
+  batch_.reset();
+  failureWaits_ = false;
   valueLost_ = false;
 }
 
@@ -91,16 +107,16 @@ bool ZvWorkTableCursorImpl::rowCount(std::int64_t* count) noexcept {
   return table_ != nullptr && *count == rows;
 }
 
-int ZvWorkTableCursorImpl::next() noexcept {
-  const bool canRead = hasTable() &&
-                       (table_->isBeingRead() || fail(WT_MESSAGE(notOpenForReading))) &&
-                       makeRow(&fetchRow_);
-  if (!canRead) {
+bool ZvWorkTableCursorImpl::canRead() noexcept {
+  return hasTable() && (table_->isBeingRead() || fail(WT_MESSAGE(notOpenForReading)));
+}
+
+int ZvWorkTableCursorImpl::readInto(ZvbDatavar* values) noexcept {
+  if (std::exchange(failureWaits_, false)) [[unlikely]] {
     return zvbCursorFailed;
   }
-  fetchedColumns_ = static_cast<unsigned>(table_->getColumnCount());
   bool endOfTable = false;
-  if (table_->readRow(fetchRow_.get(), &endOfTable)) {
+  if (table_->readRow(values, &endOfTable)) {
     return zvbCursorRow;
   }
   if (endOfTable) {
@@ -108,6 +124,14 @@ int ZvWorkTableCursorImpl::next() noexcept {
   }
   (void)failAs(*table_);
   return zvbCursorFailed;
+}
+
+int ZvWorkTableCursorImpl::next() noexcept {
+  if (!canRead() || !makeRow(&fetchRow_)) {
+    return zvbCursorFailed;
+  }
+  fetchedColumns_ = static_cast<unsigned>(table_->getColumnCount());
+  return readInto(fetchRow_.get());
 }
 
 bool ZvWorkTableCursorImpl::newRow() noexcept {
@@ -135,6 +159,88 @@ bool ZvWorkTableCursorImpl::appendRow() noexcept {
   return hasTable() && (table_->isBeingWritten() || fail(WT_MESSAGE(notOpenForWriting))) &&
          (!valueLost_ || fail(WT_MESSAGE(noMemoryForRow))) && makeRow(&appendRow_) &&
          (table_->writeRow(appendRow_.get()) || failAs(*table_));
+}
+
+// ---- Many rows at once, as texts
+
+int ZvWorkTableCursorImpl::readTexts(int maxRows, const char** texts) noexcept {
+  if (!canRead() || !makeBatch(maxRows)) {
+    return -1;
+  }
+  const auto columns = static_cast<std::size_t>(table_->getColumnCount());
+  const int rows = std::min(maxRows, batchRows_);
+  int row = 0;
+  for (; row < rows && longBytes_ <= batchTextLimit; ++row) {
+    const std::size_t start = static_cast<std::size_t>(row) * columns;
+    const int step = readInto(&batch_[start]);
+    if (step == zvbCursorEnd) {
+      break;
+    }
+    if (step != zvbCursorRow || !lendTexts(&batch_[start], texts + start)) {
+      failureWaits_ = row > 0;
+      return row > 0 ? row : -1;
+    }
+  }
+  return row;
+}
+
+/// The rows are made anew when their texts have become large, so that these do not add up.
+bool ZvWorkTableCursorImpl::makeBatch(int maxRows) noexcept {
+  if (batch_ != nullptr && longBytes_ <= batchTextLimit) {
+    return true;
+  }
+  batch_.reset();
+  longBytes_ = 0;
+  const int columns = table_->getColumnCount();
+  batchRows_ = std::clamp(batchValueLimit / std::max(columns, 1), 1, std::max(maxRows, 1));
+  const std::size_t values =
+      static_cast<std::size_t>(batchRows_) * static_cast<std::size_t>(columns);
+  batch_.reset(new (std::nothrow) ZvbDatavar[values]);
+  return batch_ != nullptr || fail(WT_MESSAGE(noMemoryForRow));
+}
+
+bool ZvWorkTableCursorImpl::lendTexts(ZvbDatavar* values, const char** texts) noexcept {
+  const int columns = table_->getColumnCount();
+  for (int i = 0; i < columns; ++i) {
+    ZvbDatavar& value = values[i];
+    (void)value.setType(zvbTypeString);
+    if (value.memoryShort()) {
+      return fail(WT_MESSAGE(noMemoryForRow));
+    }
+    const std::string_view text = value.asTextView();
+    texts[i] = value.isNull() ? nullptr : text.data();
+    longBytes_ += text.size() > ZvbText::inlineCapacity ? text.size() : 0;
+  }
+  return true;
+}
+
+bool ZvWorkTableCursorImpl::appendTexts(const char* const* texts) noexcept {
+  if (!newRow()) {
+    return false;
+  }
+  const int columns = table_->getColumnCount();
+  for (int i = 0; i < columns; ++i) {
+    if (!setText(i, texts[i])) {
+      return false;
+    }
+  }
+  return appendRow();
+}
+
+bool ZvWorkTableCursorImpl::setText(int index, const char* text) noexcept {
+  const auto place = static_cast<std::size_t>(index);
+  if (place >= columns_.size()) {  // memory was short when they were taken
+    return fail(WT_MESSAGE(outOfMemory, "(cursor column)"));
+  }
+  const Column& column = columns_[place];
+  ZvbDatavar& value = appendRow_[place];
+  value.assign(text);
+  if (value.memoryShort()) {
+    return fail(WT_MESSAGE(noMemoryForRow));
+  }
+  return value.setType(column.type) ||
+         fail(WT_MESSAGE(valueOfOtherType, shortened(text).asCstr(), zvbTypeToString(column.type),
+                         column.name.asCstr()));
 }
 
 // ---- Creating
@@ -199,6 +305,22 @@ bool ZvWorkTableCursorImpl::setWorkTable(ZvWorkTableFile* table) noexcept {
     table_.reset(asImpl(table));
   }
   return table_ == nullptr || takeColumns();
+}
+
+bool ZvWorkTableCursorImpl::open(const ZvbString& nameOrUri, bool readBackwards) noexcept {
+  if (!hasManager()) {
+    return false;
+  }
+  Table opened(asImpl(manager_->openTable(nameOrUri, readBackwards, &errorMessage_)));
+  if (opened == nullptr) {
+    return false;
+  }
+  if (!setWorkTable(opened.release())) {
+    table_.reset();  // which is not to be deleted
+    return false;
+  }
+  removeOnClose_ = false;
+  return true;
 }
 
 bool ZvWorkTableCursorImpl::takeColumns() noexcept {

@@ -56,6 +56,18 @@ class ZvWorkTableCursorImpl final : public ZvWorkTableCursor {
     return &fetchRow_[place];
   }
 
+  /// Opens a table in place of the one attached, and keeps it. After a failure there is the
+  /// table that was attached, or none.
+  [[nodiscard]] bool open(const ZvbString& nameOrUri, bool readBackwards) noexcept;
+
+  /// Reads up to `maxRows` rows and points at their texts, row by row; null for a null. The number
+  /// of rows, 0 at the end; -1 when there is none because the first has failed. A later one that
+  /// fails is told by what reads next.
+  [[nodiscard]] int readTexts(int maxRows, const char** texts) noexcept;
+
+  /// Appends a row of texts, null for a null, each of which has to be of its column's type.
+  [[nodiscard]] bool appendTexts(const char* const* texts) noexcept;
+
   /// What copyFrom does, for cursors of either kind: refuses a source that is not there or that is
   /// the target itself, closes, and lets `copy` do the rest with the place for its error text.
   template <typename Source, typename Copy>
@@ -93,7 +105,12 @@ class ZvWorkTableCursorImpl final : public ZvWorkTableCursor {
   bool canCopy(bool hasSource, bool isItself) noexcept;
   bool describeColumn(int index, Column* column) noexcept;
   bool takeColumns() noexcept;
+  bool canRead() noexcept;
+  int readInto(ZvbDatavar* values) noexcept;
   bool makeRow(RowValues* row) noexcept;
+  bool makeBatch(int maxRows) noexcept;
+  bool lendTexts(ZvbDatavar* values, const char** texts) noexcept;
+  bool setText(int index, const char* text) noexcept;
   bool close() noexcept;
   bool letGoOfTable(const ZvbString& spared = {}) noexcept;
   void discardRows() noexcept;
@@ -110,4 +127,8 @@ class ZvWorkTableCursorImpl final : public ZvWorkTableCursor {
   bool valueLost_ = false;       // memory was short for one that was set
   RowValues fetchRow_;           // likewise
   unsigned fetchedColumns_ = 0;  // values of fetchRow_
+  RowValues batch_;              // rows that were read at once, one after another
+  int batchRows_ = 0;            // for which it has room
+  std::size_t longBytes_ = 0;    // that it has been given of texts beyond its objects
+  bool failureWaits_ = false;    // of the row behind a batch, to be told
 };

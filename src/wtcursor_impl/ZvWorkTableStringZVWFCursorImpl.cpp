@@ -6,9 +6,7 @@ namespace {
 
 using Cursor = ZvWorkTableStringZVWFCursorImpl;
 
-Cursor& cursorOf(const ZvwfHandle* handle) noexcept {
-  return *static_cast<Cursor*>(handle->cursor);
-}
+Cursor& cursorOf(const ZvwfHandle* handle) noexcept { return Cursor::of(handle); }
 
 int statusOf(bool done) noexcept { return done ? 0 : 1; }
 

@@ -8,6 +8,12 @@ class ZvWorkTableStringZVWFCursorImpl final : public TextCursor<ZvWorkTableStrin
  public:
   explicit ZvWorkTableStringZVWFCursorImpl(ZvWorkTableManager* manager) noexcept;
 
+  [[nodiscard]] static ZvWorkTableStringZVWFCursorImpl& of(const ZvwfHandle* handle) noexcept {
+    return *static_cast<ZvWorkTableStringZVWFCursorImpl*>(handle->cursor);
+  }
+
+  using TextCursor::engine;
+
   void release() noexcept override { delete this; }
   ZvwfHandle* zvwfHandle() noexcept override { return &handle_; }
 
