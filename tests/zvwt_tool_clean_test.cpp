@@ -19,7 +19,18 @@ TEST_F(Tool, CleansDirectories) {
   EXPECT_EQ(dryRun.errors, "zvwt: 1 file, 5 bytes, not removed: a dry run\n");
   EXPECT_EQ(tables_.names().size(), before.size() + 1);
 
+  const std::string json = run("clean", {"--older-than", "0", "--dry-run", "--json"}).output;
+  EXPECT_TRUE(json.starts_with("[\n  {\"file\": \"" + inJson(orphan) + "\", \"owner\": \""))
+      << json;
+  EXPECT_NE(json.find("\", \"age\": "), std::string::npos) << json;
+  EXPECT_TRUE(json.ends_with(", \"bytes\": 5, \"removed\": false}\n]\n")) << json;
+
   EXPECT_EQ(run("clean", {"--older-than", "0s"}).errors, "zvwt: 1 file, 5 bytes, removed\n");
+  EXPECT_EQ(tables_.names(), before);
+  EXPECT_EQ(run("clean", {"--json"}).output, "[]\n");
+  (void)tables_.write("zvwte_0123456789abcdef", "");
+  EXPECT_TRUE(run("clean", {"--older-than", "0", "--json"})
+                  .output.ends_with(", \"bytes\": 0, \"removed\": true}\n]\n"));
   EXPECT_EQ(tables_.names(), before);
   EXPECT_EQ(exported(table), "a\n1\n");
 
@@ -32,7 +43,7 @@ TEST_F(Tool, CleansDirectories) {
       << damaged.errors;
 
   EXPECT_EQ(runTool({"clean"}).exitCode, 2);
-  EXPECT_EQ(runTool({"clean", "--dir", tables_.file("none")}).exitCode, 1);
+  EXPECT_EQ(runTool({"clean", "--dir", tables_.file("none")}).exitCode, 3);
   for (const char* age : {"", "1w", "-1d", "d", "1 d", "24856d"}) {
     EXPECT_EQ(run("clean", {"--older-than", age}).exitCode, 2) << age;
   }

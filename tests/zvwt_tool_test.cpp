@@ -132,16 +132,16 @@ TEST_F(Tool, LeavesNothingBehindAFailedImport) {
   for (const auto& [text, reason] : cases) {
     const std::string path = files_.write("bad.csv", text);
     const Outcome outcome = run("import", {"--type", "a=int", "--type", "b=string", path});
-    EXPECT_EQ(outcome.exitCode, 1) << text;
+    EXPECT_EQ(outcome.exitCode, 4) << text;
     EXPECT_EQ(outcome.output, "");
     EXPECT_TRUE(outcome.errors.ends_with("zvwt: " + path + reason)) << outcome.errors;
   }
   const std::string good = files_.write("good.csv", "a\n1\n");
-  EXPECT_EQ(run("import", {files_.path()}).exitCode, 1);
-  EXPECT_EQ(run("import", {files_.file("missing")}).exitCode, 1);
+  EXPECT_EQ(run("import", {files_.path()}).exitCode, 5);
+  EXPECT_EQ(run("import", {files_.file("missing")}).exitCode, 3);
   EXPECT_EQ(run("import", {"--type", "b=int", good}).exitCode, 2);
   EXPECT_EQ(run("import", {"--width", "a=4", "--type", "a=int", good}).exitCode, 2);
-  EXPECT_EQ(runWithoutOutput("import", {good}).exitCode, 1);
+  EXPECT_EQ(runWithoutOutput("import", {good}).exitCode, 5);
   EXPECT_EQ(tables_.names(), std::vector<std::string>());
 }
 
@@ -169,9 +169,9 @@ TEST_F(Tool, ReadsSelectedColumnsByOptionsOrByTheUriThatStandsForThem) {
   const std::string rows = "x=y,n,a\n1.5,2,2\n2.5,3,3\n";
   EXPECT_EQ(exported(table, options), rows);
   std::vector<std::string> asked = options;
-  asked.insert(asked.end(), {"--uri", table});
+  asked.push_back(table);
   const std::string uri = "zvwt:" + table + "?rows=1,2&col=x%3Dy&col=n,A&col=a";
-  EXPECT_EQ(run("show", asked).output, uri + '\n');
+  EXPECT_EQ(run("uri", asked).output, uri + '\n');
   EXPECT_EQ(exported(uri), rows);
   EXPECT_EQ(exported(uri, {"--backwards"}), "x=y,n,a\n2.5,3,3\n1.5,2,2\n");
   EXPECT_EQ(exported("zvwt:" + table + "?col=b%2Cc&col=k,42,2", {"--rows", "2,1"}),
@@ -180,9 +180,9 @@ TEST_F(Tool, ReadsSelectedColumnsByOptionsOrByTheUriThatStandsForThem) {
   EXPECT_EQ(run("info", {uri}).output, run("info", {table}).output);
 
   const Outcome missing = run("export", {"--select", "a,x=b", table});
-  EXPECT_EQ(missing.exitCode, 1);
+  EXPECT_EQ(missing.exitCode, 2);
   EXPECT_EQ(missing.errors, "zvwt: the table has no column \"b\"\n");
-  EXPECT_EQ(run("export", {"zvwt:" + table + "?rows=-1,1"}).exitCode, 1);
+  EXPECT_EQ(run("export", {"zvwt:" + table + "?rows=-1,1"}).exitCode, 2);
 }
 
 TEST_F(Tool, ExportsXmlAndStatistics) {
@@ -196,8 +196,8 @@ TEST_F(Tool, ExportsXmlAndStatistics) {
                          "</constructor-arg></bean></beans>\n"))
       << document;
   EXPECT_NE(exported(table, {"--format", "xml"}).find("x&amp;y"), std::string::npos);
-  EXPECT_EQ(run("export", {"--format", "xml", "--select", "b", table}).exitCode, 1);
-  EXPECT_EQ(run("export", {"--format", "xml", import("a<b\n1\n")}).exitCode, 1);
+  EXPECT_EQ(run("export", {"--format", "xml", "--select", "b", table}).exitCode, 2);
+  EXPECT_EQ(run("export", {"--format", "xml", import("a<b\n1\n")}).exitCode, 2);
   EXPECT_EQ(run("export", {"--format", "yaml", table}).exitCode, 2);
 
   const Outcome statistics = run("info", {"--stats", table});
@@ -216,12 +216,12 @@ TEST_F(Tool, CopiesAndAppendsWhatIsSelected) {
   EXPECT_EQ(exported(copy), "n,m\nx,1\n\u00E4,2\n\u00E4,7\n");
   EXPECT_NE(run("info", {copy}).output.find("elements       3\n"), std::string::npos);
   const Outcome other = run("append", {copy, table});
-  EXPECT_EQ(other.exitCode, 1);
+  EXPECT_EQ(other.exitCode, 2);
   EXPECT_NE(other.errors.find("1770"), std::string::npos) << other.errors;
   const std::size_t files = tables_.names().size();
-  EXPECT_EQ(runWithoutOutput("copy", {table}).exitCode, 1);
-  EXPECT_EQ(run("copy", {"zvwt_missing"}).exitCode, 1);
-  EXPECT_EQ(run("copy", {"--select", "x=a,X=b", table}).exitCode, 1);
+  EXPECT_EQ(runWithoutOutput("copy", {table}).exitCode, 5);
+  EXPECT_EQ(run("copy", {"zvwt_missing"}).exitCode, 3);
+  EXPECT_EQ(run("copy", {"--select", "x=a,X=b", table}).exitCode, 2);
   EXPECT_EQ(tables_.names().size(), files);
 }
 
@@ -289,7 +289,7 @@ TEST_F(Tool, DeletesWhatItCan) {
   const std::string first = import("a\n1\n");
   const std::string second = import("a\n1\n");
   const Outcome outcome = run("delete", {first, "zvwt_missing", second});
-  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_EQ(outcome.exitCode, 3);
   EXPECT_NE(outcome.errors.find("zvwt_missing"), std::string::npos);
   EXPECT_EQ(tables_.names(), std::vector<std::string>());
 }
@@ -301,18 +301,18 @@ TEST_F(Tool, TakesNamesForFilesInItsDirectoriesAndNothingElse) {
        {"../" + folder + '/' + table, tables_.file(table), "./" + table, std::string("..")}) {
     for (const char* verb : {"show", "export", "copy", "info", "check", "delete"}) {
       const Outcome outcome = run(verb, {name});
-      EXPECT_EQ(outcome.exitCode, 1) << verb << ' ' << name;
+      EXPECT_EQ(outcome.exitCode, 2) << verb << ' ' << name;
       EXPECT_NE(outcome.errors.find("not a plain file name"), std::string::npos) << outcome.errors;
     }
-    EXPECT_EQ(run("append", {table, name}).exitCode, 1);
-    EXPECT_EQ(run("append", {name, table}).exitCode, 1);
+    EXPECT_EQ(run("append", {table, name}).exitCode, 2);
+    EXPECT_EQ(run("append", {name, table}).exitCode, 2);
   }
   EXPECT_EQ(exported(table), "a\n1\n");
 }
 
 TEST_F(Tool, SendsNoCommandsOfNamesToATerminal) {
   const Outcome outcome = run("append", {import("a\n1\n"), import("\x1B[2J\n1\n")});
-  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_EQ(outcome.exitCode, 2);
   EXPECT_NE(outcome.errors.find("\\x1b[2J"), std::string::npos) << outcome.errors;
   EXPECT_EQ(outcome.errors.find('\x1B'), std::string::npos) << outcome.errors;
 }
@@ -329,7 +329,7 @@ TEST_F(Tool, FailsWhenNotEverythingWasRead) {
     }
   }
   const Outcome outcome = run("export", {table});
-  EXPECT_EQ(outcome.exitCode, 1);
+  EXPECT_EQ(outcome.exitCode, 4);
   EXPECT_TRUE(text.starts_with(outcome.output)) << outcome.output;
   EXPECT_TRUE(outcome.output.starts_with("t\nrow 0\n")) << outcome.output;
   EXPECT_TRUE(outcome.errors.starts_with("zvwt: ")) << outcome.errors;
@@ -342,7 +342,7 @@ TEST_F(Tool, FailsWhenItsOutputIsRefused) {
   }
   const std::string table = import(text);
   const Outcome full = runWithoutOutput("export", {table});
-  EXPECT_EQ(full.exitCode, 1);
+  EXPECT_EQ(full.exitCode, 5);
   EXPECT_NE(full.errors.find("cannot write to standard output"), std::string::npos);
 
   Program program(programWords(words("export", {table})),
@@ -351,7 +351,7 @@ TEST_F(Tool, FailsWhenItsOutputIsRefused) {
   EXPECT_TRUE(program.readOutput(start, sizeof start - 1));
   EXPECT_STREQ(start, "t\na row of a table\n");
   program.closeOutput();
-  EXPECT_EQ(program.wait(), 1);
+  EXPECT_EQ(program.wait(), 5);
   EXPECT_EQ(TemporaryDirectory::read(files_.file("err")), "");
 }
 
@@ -386,6 +386,28 @@ TEST_F(Tool, RefusesAWrongCommandLine) {
   const Outcome help = runTool({"--help"});
   EXPECT_EQ(help.exitCode, 0);
   EXPECT_NE(help.output.find("Exit codes:"), std::string::npos);
+}
+
+TEST_F(Tool, SaysWhatIsWrongWithACommandLine) {
+  const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
+      {{}, "a verb is missing; zvwt --help tells what there is"},
+      {{"improt", "x"}, "there is no verb \"improt\"; did you mean \"import\"?"},
+      {{"x\x1b[2J"}, "there is no verb \"x\\x1b[2J\"; zvwt --help tells what there is"},
+      {{"--hepl"}, "there is no option \"--hepl\"; did you mean \"--help\"?"},
+      {{"export", "--frmat=csv", "x"},
+       "export: there is no option \"--frmat\"; did you mean \"--format\"?"},
+      {{"show", "x", "y"}, "show: \"y\" is one argument too many"},
+      {{"show"}, "show: TABLE is required"},
+  };
+  for (const auto& [words, text] : cases) {
+    const Outcome outcome = runTool(words);
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_EQ(outcome.errors, "zvwt: " + text + '\n');
+  }
+  const Outcome help = runTool({"sort", "--help"});
+  EXPECT_EQ(help.exitCode, 0);
+  EXPECT_EQ(help.errors, "");
+  EXPECT_LT(help.output.find("Examples:"), help.output.find("Usage:"));
 }
 
 }  // namespace

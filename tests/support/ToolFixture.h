@@ -83,6 +83,15 @@ class Tool : public testing::Test {
     return nameIn(run("import", options));
   }
 
+  /// A path as it stands in JSON.
+  static std::string inJson(const std::string& path) {
+    std::string text;
+    for (const char byte : path) {
+      text += byte == '\\' ? "\\\\" : std::string(1, byte);
+    }
+    return text;
+  }
+
   std::string exported(const std::string& table, std::vector<std::string> options = {}) {
     options.push_back(table);
     const Outcome outcome = run("export", options);

@@ -1,18 +1,19 @@
 #include "Commands.h"
-#include "Diagnostics.h"
+#include "Failure.h"
+#include "SignalHandler.h"
 #include "Source.h"
 
 namespace zvwttool {
 
 ExitCode runAppend(ZvWorkTableManager& manager, const AppendOptions& options) {
-  Source source;
-  std::string error;
-  if (!source.find(manager, options.source, &error)) {
-    return fail(error);
-  }
+  const Source source(manager, options.source);
+  // The library adds all rows at once, in the end, and there is no stopping it before that.
+  const LastWords words("interrupted; the table has either all of the new rows or none of them");
   ZvbString text;
-  const bool appended = manager.appendTable(options.target.c_str(), source.uri(), &text);
-  return appended ? ExitCode::success : fail(text.asCstr());
+  if (!manager.appendTable(options.target.c_str(), source.uri(), &text)) {
+    throw libraryFailure(text);
+  }
+  return ExitCode::success;
 }
 
 }  // namespace zvwttool

@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <charconv>
-#include <cstdio>
 #include <iterator>
 
 #include "Commands.h"
 #include "Diagnostics.h"
-#include "DisplayText.h"
+#include "Failure.h"
+#include "JsonWriter.h"
 #include "OutputBuffer.h"
 
 namespace zvwttool {
@@ -14,7 +14,12 @@ namespace {
 /// Prints findings as they come. What a taker calls allocates nothing and so does not throw.
 class FindingPrinter {
  public:
-  FindingPrinter(bool asJson, OutputBuffer* output) : asJson_(asJson), output_(output) {}
+  FindingPrinter(bool asJson, OutputBuffer* output)
+      : asJson_(asJson), output_(output), json_(output) {
+    if (asJson_) {
+      json_.beginArray();
+    }
+  }
 
   /// The findings to come are this table's, which outlives them.
   void begin(const std::string& table) { table_ = &table; }
@@ -28,7 +33,7 @@ class FindingPrinter {
 
   void finish() {
     if (asJson_) {
-      output_->append(isFirst_ ? "[]\n" : "\n]\n");
+      json_.endArray();
     }
   }
 
@@ -39,81 +44,43 @@ class FindingPrinter {
     } else {
       printLine(finding);
     }
-    isFirst_ = false;
   }
 
   void printLine(const ZvwtFinding& finding) {
+    char digits[24];
     output_->append(*table_);
     output_->append(": ");
     output_->append(finding.file);
     output_->append(", byte ");
-    printNumber(finding.offset);
+    output_->append({digits, std::to_chars(digits, std::end(digits), finding.offset).ptr});
     output_->append(": ");
     output_->append(finding.rule);
     output_->append('\n');
   }
 
   void printObject(const ZvwtFinding& finding) {
-    output_->append(isFirst_ ? "[\n  {\"table\": " : ",\n  {\"table\": ");
-    printText(*table_);
-    output_->append(", \"file\": ");
-    printText(finding.file);
-    output_->append(", \"offset\": ");
-    printNumber(finding.offset);
-    output_->append(", \"rule\": ");
-    printText(finding.rule);
-    output_->append('}');
-  }
-
-  void printNumber(std::int64_t number) {
-    char digits[24];
-    output_->append({digits, std::to_chars(digits, std::end(digits), number).ptr});
-  }
-
-  /// A name may be of any bytes, but JSON is UTF-8.
-  void printText(std::string_view text) {
-    output_->append('"');
-    while (!text.empty()) {
-      const std::size_t size = characterSize(text);
-      if (size == 0) {
-        output_->append("\\ufffd");
-      } else {
-        printCharacter(text.substr(0, size));
-      }
-      text.remove_prefix(std::max<std::size_t>(size, 1));
-    }
-    output_->append('"');
-  }
-
-  void printCharacter(std::string_view character) {
-    const auto lead = static_cast<unsigned char>(character[0]);
-    if (lead < 0x20) {
-      char escape[8];
-      (void)std::snprintf(escape, sizeof escape, "\\u%04x", unsigned{lead});
-      output_->append(escape);
-      return;
-    }
-    if (lead == '"' || lead == '\\') {
-      output_->append('\\');
-    }
-    output_->append(character);
+    json_.beginObject();
+    json_.member("table", *table_);
+    json_.member("file", finding.file);
+    json_.member("offset", finding.offset);
+    json_.member("rule", finding.rule);
+    json_.endObject();
   }
 
   bool asJson_;
   OutputBuffer* output_;
+  JsonWriter json_;
   const std::string* table_ = nullptr;
-  bool isFirst_ = true;
 };
 
-ExitCode printSound(ZvWorkTableManager& manager, const std::string& table, OutputBuffer* output) {
+void printSound(ZvWorkTableManager& manager, const std::string& table, OutputBuffer* output) {
   ZvwtTableSizes sizes{};
   ZvbString error;
   if (!zvwtGetTableSizes(&manager, table.c_str(), &sizes, &error)) {
-    return fail(table + ": " + error.asCstr());
+    throw libraryFailure(error, table + ": ");
   }
   output->append(table + ": sound, " + std::to_string(sizes.rowCount) +
                  (sizes.rowCount == 1 ? " row\n" : " rows\n"));
-  return ExitCode::success;
 }
 
 ExitCode checkOne(ZvWorkTableManager& manager, const std::string& table, bool asJson,
@@ -122,27 +89,35 @@ ExitCode checkOne(ZvWorkTableManager& manager, const std::string& table, bool as
   std::int64_t findings = 0;
   ZvbString error;
   if (!zvwtCheckTable(&manager, table.c_str(), FindingPrinter::take, printer, &findings, &error)) {
-    return fail(table + ": " + error.asCstr());
+    throw libraryFailure(error, table + ": ");
   }
   if (findings > 0) {
-    return ExitCode::failure;
+    return ExitCode::findings;
   }
-  return asJson ? ExitCode::success : printSound(manager, table, output);
+  if (!asJson) {
+    printSound(manager, table, output);
+  }
+  return ExitCode::success;
 }
 
 }  // namespace
 
+/// A table that cannot be looked at does not keep the others from it.
 ExitCode runCheck(ZvWorkTableManager& manager, const CheckOptions& options) {
   OutputBuffer output;
   FindingPrinter printer(options.asJson, &output);
   ExitCode result = ExitCode::success;
   for (const std::string& table : options.tables) {
-    const ExitCode checked = checkOne(manager, table, options.asJson, &printer, &output);
-    result = checked == ExitCode::success ? result : checked;
+    try {
+      result = std::max(result, checkOne(manager, table, options.asJson, &printer, &output));
+    } catch (const Failure& failure) {
+      say(failure.what());
+      result = std::max(result, failure.code());
+    }
   }
   printer.finish();
-  const ExitCode written = output.finish();
-  return result == ExitCode::success ? written : result;
+  output.finish();
+  return result;
 }
 
 }  // namespace zvwttool

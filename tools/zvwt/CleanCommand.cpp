@@ -1,16 +1,20 @@
 #include <chrono>
 #include <exception>
 
+#include "Age.h"
 #include "Commands.h"
 #include "Diagnostics.h"
+#include "Failure.h"
+#include "JsonWriter.h"
 #include "OutputBuffer.h"
+#include "OutputLook.h"
 #include "System.h"
 #include "TextGrid.h"
 
 namespace zvwttool {
 namespace {
 
-using Align = TextGrid::Align;
+using Kind = TextGrid::Kind;
 
 constexpr std::size_t cellWidthLimit = 260;  // as long as a file's path can be
 
@@ -44,25 +48,6 @@ bool take(const ZvwtOrphan* orphan, void* context) {
   }
 }
 
-/// The two largest units of an age, such as 2d 5h.
-std::string shownAge(std::int64_t seconds) {
-  struct Unit {
-    std::int64_t seconds;
-    const char* name;
-  };
-  constexpr Unit units[] = {{86400, "d"}, {3600, "h"}, {60, "m"}, {1, "s"}};
-  const Unit* unit = units;
-  while (unit->seconds > 1 && seconds < unit->seconds) {
-    ++unit;
-  }
-  std::string text = std::to_string(seconds / unit->seconds) + unit->name;
-  if (unit->seconds > 1) {
-    const std::int64_t rest = seconds % unit->seconds / unit[1].seconds;
-    text += ' ' + std::to_string(rest) + unit[1].name;
-  }
-  return text;
-}
-
 std::int64_t secondsSince(std::int64_t time) {
   using namespace std::chrono;
   const auto now = system_clock::now().time_since_epoch();
@@ -70,18 +55,31 @@ std::int64_t secondsSince(std::int64_t time) {
 }
 
 void printOrphans(const std::vector<Orphan>& orphans, OutputBuffer* output) {
-  TextGrid grid({Align::left, Align::left, Align::right, Align::right}, cellWidthLimit);
-  for (const std::string_view heading : {"file", "owner", "age", "bytes"}) {
-    grid.addCell(heading);
-  }
-  grid.addRule();
+  TextGrid grid({Kind::text, Kind::text, Kind::number, Kind::number}, cellWidthLimit);
+  grid.addHeadings({"file", "owner", "age", "bytes"});
   for (const Orphan& orphan : orphans) {
     grid.addCell(orphan.path);
     grid.addCell(ownerName(orphan.owner));
     grid.addCell(shownAge(secondsSince(orphan.modifiedTime)));
     grid.addCell(std::to_string(orphan.size));
   }
-  grid.print(output);
+  grid.print(output, lookOfOutput().withStyles);
+}
+
+void writeOrphans(const std::vector<Orphan>& orphans, bool removed, OutputBuffer* output) {
+  JsonWriter json(output);
+  json.beginArray();
+  for (const Orphan& orphan : orphans) {
+    json.beginObject();
+    json.member("file", orphan.path);
+    json.member("owner", ownerName(orphan.owner));
+    json.member("age", secondsSince(orphan.modifiedTime));
+    json.member("bytes", orphan.size);
+    json.name("removed");
+    json.literal(removed ? "true" : "false");
+    json.endObject();
+  }
+  json.endArray();
 }
 
 void sayTotal(const std::vector<Orphan>& orphans, bool removed) {
@@ -104,10 +102,12 @@ ExitCode runClean(ZvWorkTableManager& manager, const CleanOptions& options) {
     std::rethrow_exception(outcome.failure);
   }
   OutputBuffer output;
-  if (!outcome.orphans.empty()) {
+  if (options.asJson) {
+    writeOrphans(outcome.orphans, !options.isDryRun, &output);
+  } else if (!outcome.orphans.empty()) {
     printOrphans(outcome.orphans, &output);
   }
-  const ExitCode written = output.finish();
+  output.finish();
   if (!outcome.orphans.empty()) {
     sayTotal(outcome.orphans, !options.isDryRun);
   }
@@ -115,9 +115,9 @@ ExitCode runClean(ZvWorkTableManager& manager, const CleanOptions& options) {
     say(problem);
   }
   if (!cleaned) {
-    return fail(error.asCstr());
+    throw libraryFailure(error);
   }
-  return outcome.problems.empty() ? written : ExitCode::failure;
+  return outcome.problems.empty() ? ExitCode::success : ExitCode::findings;
 }
 
 }  // namespace zvwttool

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "CsvForm.h"
 #include "ExitCode.h"
 #include "zvwt.h"
 
@@ -38,6 +39,8 @@ struct SortPlan {
 
 struct ImportOptions {
   std::string file;  ///< "-" is standard input
+  CsvForm form;
+  bool fillsShortRows = false;
   std::vector<GivenType> types;
   std::vector<GivenWidth> widths;
   SortPlan sort;
@@ -59,16 +62,26 @@ struct ReadOptions {
 struct ShowOptions {
   ReadOptions read;
   std::int64_t limit = 20;  ///< rows
+  bool isWide = false;      ///< nothing is cut or left out
 };
+
+enum class ExportFormat { csv, jsonLines, xml };
 
 struct ExportOptions {
   ReadOptions read;
-  bool asXml = false;  ///< instead of as CSV
+  ExportFormat format = ExportFormat::csv;
+  CsvForm form;  ///< of a CSV text
 };
 
 struct InfoOptions {
   SourceOptions source;     ///< its rows and columns do not matter
   bool statistics = false;  ///< only what the table's statistics cursor gives
+  bool readsRows = false;   ///< for what the values of each column are like
+  bool asJson = false;
+};
+
+struct ListOptions {
+  bool asJson = false;
 };
 
 struct CopyOptions {
@@ -87,6 +100,11 @@ struct AppendOptions {
   SourceOptions source;
 };
 
+struct UriOptions {
+  SourceOptions source;
+  bool asJson = false;
+};
+
 struct PartitionOptions {
   SourceOptions source;
   int parts = 1;
@@ -100,6 +118,7 @@ struct CheckOptions {
 struct CleanOptions {
   std::int64_t leastAge = 86400;  ///< seconds
   bool isDryRun = false;
+  bool asJson = false;
 };
 
 struct DeleteOptions {
@@ -110,10 +129,15 @@ struct DeleteOptions {
 [[nodiscard]] ExitCode runImport(ZvWorkTableManager& manager, const ImportOptions& options);
 /// Prints rows for people.
 [[nodiscard]] ExitCode runShow(ZvWorkTableManager& manager, const ShowOptions& options);
-/// Prints rows as CSV, see CsvWriter.h, or all columns of them as the library's XML document.
+/// Prints the number of a source's rows, which are not read.
+[[nodiscard]] ExitCode runCount(ZvWorkTableManager& manager, const SourceOptions& options);
+/// Prints rows as CSV, see CsvWriter.h, or as JSON lines, see JsonLinesWriter.h, or all columns of
+/// them as the library's XML document.
 [[nodiscard]] ExitCode runExport(ZvWorkTableManager& manager, const ExportOptions& options);
 /// Prints what a table consists of.
 [[nodiscard]] ExitCode runInfo(ZvWorkTableManager& manager, const InfoOptions& options);
+/// Prints which tables are in the manager's directories; a failure is what is wrong with any.
+[[nodiscard]] ExitCode runList(ZvWorkTableManager& manager, const ListOptions& options);
 /// Makes a table of a source's rows and columns and prints its name. Whatever fails, nothing stays
 /// behind.
 [[nodiscard]] ExitCode runCopy(ZvWorkTableManager& manager, const CopyOptions& options);
@@ -124,8 +148,8 @@ struct DeleteOptions {
 [[nodiscard]] ExitCode runAppend(ZvWorkTableManager& manager, const AppendOptions& options);
 /// Prints a URI for each part of a table.
 [[nodiscard]] ExitCode runPartition(ZvWorkTableManager& manager, const PartitionOptions& options);
-/// Prints the URI of a source.
-[[nodiscard]] ExitCode runPrintUri(ZvWorkTableManager& manager, const SourceOptions& options);
+/// Prints the URI of a source, or what a URI stands for that is given alone.
+[[nodiscard]] ExitCode runUri(ZvWorkTableManager& manager, const UriOptions& options);
 /// Prints what is wrong in the files of tables; a failure is one of any of them.
 [[nodiscard]] ExitCode runCheck(ZvWorkTableManager& manager, const CheckOptions& options);
 /// Removes what killed processes have left in the manager's directories and prints what it was.

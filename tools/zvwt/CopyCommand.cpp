@@ -1,49 +1,44 @@
 #include <algorithm>
 
 #include "Commands.h"
-#include "Diagnostics.h"
 #include "InterruptGuard.h"
 #include "NewTable.h"
+#include "Progress.h"
 #include "Source.h"
 
 namespace zvwttool {
 namespace {
 
-// The library copies without a pause; between pieces of so many rows a signal can be looked at.
-constexpr std::int64_t rowsOfPiece = 1'000'000;
+// The library copies without a pause; between pieces of so many rows a signal can be looked at, and
+// it can be shown how far it is.
+constexpr std::int64_t rowsOfPiece = 100'000;
 
-ExitCode copyRows(const Source& source, std::int64_t maxElementSize, NewTable* table) {
+void copyRows(const Source& source, std::int64_t maxElementSize, NewTable* table) {
   RowRange piece = source.rows();
-  std::int64_t left = piece.rowCount;
+  const std::int64_t all = piece.rowCount;
+  std::int64_t left = all;
+  Progress progress("copying", ProgressUnit::rows, all);
   piece.rowCount = std::min(left, rowsOfPiece);
-  if (!table->copy(source.uri(piece), maxElementSize)) {
-    return fail(table->errorText());
-  }
+  table->copy(source.uri(piece), maxElementSize);
   while ((left -= piece.rowCount) > 0) {
-    if (InterruptGuard::interrupted()) {
-      return fail(interruption);
-    }
+    InterruptGuard::check();
+    progress.show(all - left);
     piece.firstRow += piece.rowCount;
     piece.rowCount = std::min(left, rowsOfPiece);
-    if (!table->append(source.uri(piece))) {
-      return fail(table->errorText());
-    }
+    table->append(source.uri(piece));
   }
-  return ExitCode::success;
 }
 
 }  // namespace
 
 ExitCode runCopy(ZvWorkTableManager& manager, const CopyOptions& options) {
-  Source source;
-  std::string error;
-  if (!source.findForNewTable(manager, options.source, &error)) {
-    return fail(error);
-  }
+  const Source source(manager, options.source);
+  source.requireDifferentNames();
   const InterruptGuard guard;
   NewTable table(&manager);
-  const ExitCode copied = copyRows(source, options.maxElementSize, &table);
-  return copied == ExitCode::success ? table.finish() : copied;
+  copyRows(source, options.maxElementSize, &table);
+  table.finish();
+  return ExitCode::success;
 }
 
 }  // namespace zvwttool

@@ -2,7 +2,8 @@
 
 #include <cerrno>
 
-#include "Diagnostics.h"
+#include "Failure.h"
+#include "Progress.h"
 #include "System.h"
 
 namespace zvwttool {
@@ -10,6 +11,18 @@ namespace {
 
 constexpr std::size_t pieceSize = std::size_t{64} * 1024;
 constexpr std::string_view copying = "its temporary copy: ";
+
+/// In the first of the directories that takes it. Null, with the system's code for the last one in
+/// *errorNumber, when none does.
+std::FILE* openCopy(const std::vector<std::string>& directories, int* errorNumber) {
+  for (const std::string& directory : directories) {
+    if (std::FILE* file = openNamelessFile(directory); file != nullptr) {
+      return file;
+    }
+    *errorNumber = errno;
+  }
+  return nullptr;
+}
 
 }  // namespace
 
@@ -19,66 +32,66 @@ void CsvInput::CloseFile::operator()(std::FILE* file) const noexcept {
   }
 }
 
-bool CsvInput::open(const std::string& file, const std::vector<std::string>& copyDirectories,
-                    std::string* error) {
-  const bool isStandardInput = file == "-";
-  name_ = isStandardInput ? "standard input" : file;
-  file_.reset(isStandardInput ? stdin : openForReading(file));
+CsvInput::CsvInput(const std::string& file, const std::vector<std::string>& copyDirectories)
+    : name_(file == "-" ? "standard input" : file),
+      file_(file == "-" ? stdin : openForReading(file)) {
   if (file_ == nullptr) {
-    return fail(errno, "", error);
+    fail(errno);
   }
-  const bool canBeReadAgain = std::fgetpos(file_.get(), &start_) == 0;
-  return canBeReadAgain || replaceByCopy(copyDirectories, error);
+  if (std::fgetpos(file_.get(), &start_) != 0) {
+    replaceByCopy(copyDirectories);
+  }
+  size_ = bytesAhead(file_.get());
 }
 
-bool CsvInput::rewind(std::string* error) {
-  return std::fsetpos(file_.get(), &start_) == 0 || fail(errno, "", error);
+void CsvInput::rewind() {
+  if (std::fsetpos(file_.get(), &start_) != 0) {
+    fail(errno);
+  }
+  bytesRead_ = 0;
 }
 
-std::size_t CsvInput::read(char* buffer, std::size_t size, std::string* error) {
+std::size_t CsvInput::read(char* buffer, std::size_t size) {
   const std::size_t received = std::fread(buffer, 1, size, file_.get());
   if (received < size && std::ferror(file_.get()) != 0) {
-    (void)fail(errno, "", error);
+    fail(errno);
   }
+  bytesRead_ += static_cast<std::int64_t>(received);
   return received;
 }
 
-bool CsvInput::replaceByCopy(const std::vector<std::string>& directories, std::string* error) {
+void CsvInput::replaceByCopy(const std::vector<std::string>& directories) {
   int errorNumber = 0;
-  FileHandle copy(openNamelessFile(directories, &errorNumber));
+  FileHandle copy(openCopy(directories, &errorNumber));
   if (copy == nullptr) {
-    return fail(errorNumber, copying, error);
+    fail(errorNumber, copying);
   }
   if (std::fgetpos(copy.get(), &start_) != 0) {
-    return fail(errno, copying, error);
+    fail(errno, copying);
   }
-  if (!copyTo(copy.get(), error)) {
-    return false;
-  }
+  copyTo(copy.get());
   file_ = std::move(copy);
-  return rewind(error);
+  rewind();
 }
 
-bool CsvInput::copyTo(std::FILE* copy, std::string* error) {
+void CsvInput::copyTo(std::FILE* copy) {
   std::vector<char> piece(pieceSize);
+  Progress progress("reading", ProgressUnit::bytes, -1);
   std::size_t received = piece.size();
   while (received == piece.size()) {
-    received = read(piece.data(), piece.size(), error);
-    if (!error->empty()) {
-      return false;
-    }
+    received = read(piece.data(), piece.size());
     if (std::fwrite(piece.data(), 1, received, copy) != received) {
-      return fail(errno, copying, error);
+      fail(errno, copying);
     }
+    progress.show(bytesRead_);
   }
-  return std::fflush(copy) == 0 || fail(errno, copying, error);
+  if (std::fflush(copy) != 0) {
+    fail(errno, copying);
+  }
 }
 
-bool CsvInput::fail(int errorNumber, std::string_view circumstance, std::string* error) const {
-  *error = name_ + ": ";
-  *error += circumstance;
-  *error += systemErrorText(errorNumber);
-  return false;
+void CsvInput::fail(int errorNumber, std::string_view circumstance) const {
+  throw systemFailure(errorNumber, name_ + ": " + std::string(circumstance));
 }
 
 }  // namespace zvwttool

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "DisplayText.h"
+#include "Failure.h"
 #include "base/ZvbText.h"
 
 namespace zvwttool {
@@ -13,12 +14,17 @@ namespace {
 
 constexpr std::size_t bufferSize = std::size_t{256} * 1024;
 constexpr std::size_t parserBlockSize = 4096;  // by which the parser's field buffer grows
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 // Strict, because what is no CSV must not become data; every line break reported and unquoted empty
 // fields told apart, because the parser would drop empty lines and mix up null and empty.
 constexpr unsigned char parserOptions =
     CSV_STRICT | CSV_STRICT_FINI | CSV_REPALL_NL | CSV_EMPTY_IS_NULL;
+
+// What a byte may end, in CsvReader::byteEnds_: a text without quotes, and one in quotes.
+constexpr unsigned char endsUnquoted = 1;
+constexpr unsigned char endsQuoted = 2;
+
+unsigned char code(char byte) { return static_cast<unsigned char>(byte); }
 
 int isTrimmed(unsigned char /*byte*/) { return 0; }
 
@@ -29,56 +35,140 @@ void* resizeField(void* block, std::size_t size) {
 
 }  // namespace
 
-CsvReader::CsvReader(CsvInput* input) : input_(input), parser_(), buffer_(bufferSize) {
+CsvReader::CsvReader(CsvInput* input, const CsvForm& form, ShortRows shortRows)
+    : input_(input), form_(&form), shortRows_(shortRows), parser_(), buffer_(bufferSize + 1) {
   (void)csv_init(&parser_, parserOptions);  // fails for a null pointer only
+  csv_set_delim(&parser_, code(form.delimiter));
   csv_set_space_func(&parser_, isTrimmed);
   csv_set_realloc_func(&parser_, resizeField);
   csv_set_blk_size(&parser_, parserBlockSize);
+  for (const char byte : {form.delimiter, '"', '\r', '\n', '\0'}) {
+    byteEnds_[code(byte)] |= endsUnquoted;
+  }
+  for (const char byte : {'"', '\0'}) {
+    byteEnds_[code(byte)] |= endsQuoted;
+  }
 }
 
 CsvReader::~CsvReader() { csv_free(&parser_); }
 
-bool CsvReader::readHeader() {
-  const ReadResult result = readRow();
-  if (result == ReadResult::end) {
-    error_ = input_->name() + ": there is no header line";
+void CsvReader::readHeader() {
+  if (!readRow()) {
+    throw Failure(ExitCode::damaged,
+                  input_->name() + (form_->hasHeader ? ": there is no header line"
+                                                     : ": there is no row that has columns"));
   }
-  return result == ReadResult::row && checkColumnNames();
+  if (form_->hasHeader) {
+    takeColumnNames();
+  } else {
+    numberColumns();
+  }
 }
 
-bool CsvReader::checkColumnNames() {
+void CsvReader::numberColumns() {
+  for (std::size_t number = 1; number <= fields_.size(); ++number) {
+    columnNames_.push_back('c' + std::to_string(number));
+  }
+  rowIsWaiting_ = true;
+}
+
+void CsvReader::takeColumnNames() {
   for (std::size_t column = 0; column < fields_.size(); ++column) {
     if (text(column).empty()) {
-      fail(fields_[column].line, column, "the column has no name");
-      return false;
+      failAtField(column, "the column has no name");
     }
   }
   for (std::size_t column = 0; column < fields_.size(); ++column) {
     columnNames_.emplace_back(text(column));
   }
+}
+
+bool CsvReader::readRow() {
+  if (rowIsWaiting_) {
+    rowIsWaiting_ = false;
+    return true;
+  }
+  fields_.clear();
+  // Most rows are plain, and telling so is several times as fast as the parser.
+  return (hasBytes() && !afterCarriageReturn_ && readPlainRow()) || parseRow();
+}
+
+/// Reads the next row where it lies. False, and nothing is read, when it is not whole in the buffer
+/// or has anything in it that is for the parser: a doubled quote, or what is malformed.
+bool CsvReader::readPlainRow() {
+  const char* next = buffer_.data() + next_;
+  std::int64_t line = line_;
+  rowTexts_ = buffer_.data();
+  do {
+    next = readPlainField(next, &line);
+    if (next == nullptr) {
+      fields_.clear();
+      return false;
+    }
+  } while (*next++ == form_->delimiter);
+  next_ = static_cast<std::size_t>(next - buffer_.data()) + (next[-1] == '\r' ? 1 : 0);
+  line_ = line;
+  checkFieldCount();
+  throwFailure();
+  nextFieldLine_ = ++line_;
   return true;
 }
 
-ReadResult CsvReader::readRow() {
+/// True for a delimiter, and for the line break of a row.
+bool CsvReader::endsField(const char* text) const {
+  return *text == form_->delimiter || *text == '\n' || (*text == '\r' && text[1] == '\n');
+}
+
+/// Returns where the field ends: at its delimiter, or at the line break of the row. Null when it is
+/// for the parser.
+const char* CsvReader::readPlainField(const char* begin, std::int64_t* line) {
+  const bool isQuoted = *begin == '"';
+  const std::int64_t firstLine = *line;
+  begin += isQuoted ? 1 : 0;
+  const char* end = begin;
+  while ((byteEnds_[code(*end)] & (isQuoted ? endsQuoted : endsUnquoted)) == 0) {
+    ++end;
+  }
+  if (isQuoted) {
+    if (*end != '"') {
+      return nullptr;
+    }
+    *line += std::count(begin, end, '\n');
+  }
+  const char* const behind = end + (isQuoted ? 1 : 0);
+  if (!endsField(behind)) {
+    return nullptr;
+  }
+  const std::string_view text(begin, static_cast<std::size_t>(end - begin));
+  const auto offset = static_cast<std::size_t>(begin - rowTexts_);
+  fields_.push_back({offset, text.size(), firstLine, !isQuoted && text == form_->null});
+  return behind;
+}
+
+bool CsvReader::parseRow() {
   texts_.clear();
-  fields_.clear();
   rowComplete_ = false;
-  while (error_.empty() && !rowComplete_) {
-    if (next_ == end_ && !fillBuffer()) {
-      return finish();
+  while (!rowComplete_) {
+    if (!hasBytes()) {
+      finish();
+      rowTexts_ = texts_.data();
+      return rowComplete_;
     }
     feedPiece();
+    throwFailure();
   }
-  return error_.empty() ? ReadResult::row : ReadResult::failure;
+  rowTexts_ = texts_.data();
+  return true;
 }
 
 bool CsvReader::fillBuffer() {
   next_ = 0;
-  end_ = input_->read(buffer_.data(), buffer_.size(), &error_);
+  end_ = input_->read(buffer_.data(), bufferSize);
+  buffer_[end_] = '\0';
   if (atFirstByte_) {
     skipByteOrderMark();
   }
-  return next_ != end_ && error_.empty();
+  return next_ != end_;
 }
 
 void CsvReader::skipByteOrderMark() {
@@ -88,19 +178,25 @@ void CsvReader::skipByteOrderMark() {
   }
 }
 
-// One line at most, so that the parser never runs past the row and the line number is known.
+// One line at most, so that the parser never runs past the row and the line number is known; and
+// one field at most, so that it is known whether the field began with a quote.
 void CsvReader::feedPiece() {
-  const char* piece = buffer_.data() + next_;
-  const auto* lineFeed = static_cast<const char*>(std::memchr(piece, '\n', end_ - next_));
-  const std::size_t size =
-      lineFeed != nullptr ? static_cast<std::size_t>(lineFeed - piece) + 1 : end_ - next_;
+  const char* const piece = buffer_.data() + next_;
+  const char* const end = buffer_.data() + end_;
+  const char* const last = std::find_if(
+      piece, end, [this](char byte) { return byte == form_->delimiter || byte == '\n'; });
+  const auto size = static_cast<std::size_t>(last - piece) + (last != end ? 1 : 0);
+  if (fieldBegins_) {
+    fieldBegins_ = false;
+    isQuoted_ = *piece == '"';
+  }
   const std::size_t parsed = csv_parse(&parser_, piece, size, fieldCallback, rowCallback, this);
   if (parsed != size) {
     explainParserFailure(piece[parsed]);
     return;
   }
   next_ += size;
-  line_ += lineFeed != nullptr ? 1 : 0;
+  line_ += last != end && *last == '\n' ? 1 : 0;
 }
 
 void CsvReader::explainParserFailure(char refused) {
@@ -114,19 +210,19 @@ void CsvReader::explainParserFailure(char refused) {
   }
 }
 
-ReadResult CsvReader::finish() {
-  if (!error_.empty()) {
-    return ReadResult::failure;
-  }
+void CsvReader::finish() {
   if (csv_fini(&parser_, fieldCallback, rowCallback, this) != 0) {
     fail(nextFieldLine_, fields_.size(), "the field begins with a quote that is never closed");
   } else if (afterCarriageReturn_) {
     fail(line_, rowEndColumn_, "a carriage return stands without its line feed");
   }
+  throwFailure();
+}
+
+void CsvReader::throwFailure() const {
   if (!error_.empty()) {
-    return ReadResult::failure;
+    throw Failure(ExitCode::damaged, error_);
   }
-  return rowComplete_ ? ReadResult::row : ReadResult::end;
 }
 
 void CsvReader::fieldCallback(void* text, std::size_t size, void* reader) noexcept {
@@ -158,10 +254,14 @@ void CsvReader::takeField(const char* text, std::size_t size) {
   }
   addField(text, size);
   nextFieldLine_ = line_;
+  fieldBegins_ = true;
 }
 
+/// The parser has a null pointer for an empty field without quotes.
 void CsvReader::addField(const char* text, std::size_t size) {
-  fields_.push_back({texts_.size(), size, nextFieldLine_, text == nullptr});
+  const bool isNull =
+      (text == nullptr || !isQuoted_) && std::string_view(text, size) == form_->null;
+  fields_.push_back({texts_.size(), size, nextFieldLine_, isNull});
   texts_.insert(texts_.end(), text, text + size);
 }
 
@@ -181,6 +281,7 @@ void CsvReader::takeRowEnd(int terminator) {
     rowComplete_ = true;
   }
   nextFieldLine_ = line_ + 1;
+  fieldBegins_ = true;
 }
 
 void CsvReader::checkFieldCount() {
@@ -189,9 +290,15 @@ void CsvReader::checkFieldCount() {
   if (expected == 0 || count == expected) {
     return;
   }
+  if (count < expected && shortRows_ == ShortRows::filled) {
+    fields_.resize(expected, {0, 0, line_, true});
+    ++filledRows_;
+    return;
+  }
   fail(line_, std::min(count, expected),
        "the row has " + std::to_string(count) + (count == 1 ? " field" : " fields") +
-           ", the header line has " + std::to_string(expected));
+           (form_->hasHeader ? ", the header line has " : ", the first row has ") +
+           std::to_string(expected));
 }
 
 void CsvReader::fail(std::int64_t line, std::size_t column, std::string_view reason) {
@@ -200,8 +307,8 @@ void CsvReader::fail(std::int64_t line, std::size_t column, std::string_view rea
   }
 }
 
-std::string CsvReader::describeField(std::size_t column, std::string_view reason) const {
-  return describe(fields_[column].line, column, reason);
+void CsvReader::failAtField(std::size_t column, std::string_view reason) const {
+  throw Failure(ExitCode::damaged, describe(fields_[column].line, column, reason));
 }
 
 std::string CsvReader::describe(std::int64_t line, std::size_t column,

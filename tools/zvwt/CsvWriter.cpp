@@ -5,43 +5,63 @@
 namespace zvwttool {
 namespace {
 
-bool isSpecial(char byte) { return byte == ',' || byte == '"' || byte == '\n' || byte == '\r'; }
+constexpr std::string_view specialBytes = "\"\r\n";
 
-bool needsQuotes(std::string_view text) {
-  return text.empty() || std::any_of(text.begin(), text.end(), isSpecial);
+unsigned char code(char byte) { return static_cast<unsigned char>(byte); }
+
+/// True when the texts of values that are no texts may contain the byte.
+bool isInNumbers(char byte) {
+  return (byte >= '0' && byte <= '9') ||
+         std::string_view("truefalsTE:.+-").find(byte) != std::string_view::npos;
 }
 
 }  // namespace
 
-void CsvWriter::addName(std::string_view name) {
-  // Without quotes a reader takes these bytes for a mark and not for part of the name.
-  constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-  const bool hidesMark = atFirstByte_ && name.starts_with(byteOrderMark);
-  atFirstByte_ = false;
-  separate();
-  if (hidesMark) {
-    addQuoted(name);
-  } else {
-    addText(name);
+CsvWriter::CsvWriter(OutputBuffer* output, const CsvForm& form)
+    : output_(output),
+      form_(&form),
+      rowEnd_(form.endsWithCr ? "\r\n" : "\n"),
+      numbersMayNeedQuotes_(!form.null.empty() || isInNumbers(form.delimiter)) {
+  isSpecial_[code(form.delimiter)] = true;
+  for (const char byte : specialBytes) {
+    isSpecial_[code(byte)] = true;
   }
+}
+
+void CsvWriter::addName(std::string_view name) {
+  separate();
+  addText(name);
 }
 
 bool CsvWriter::addValue(const ZvbDatavar& value) {
   separate();
   if (value.isNull()) {
+    output_->append(form_->null);
+    atFirstByte_ = false;
     return true;
   }
   const std::string_view text = valueText_.of(value);
-  if (value.type() == zvbTypeString) {
+  if (value.type() == zvbTypeString || numbersMayNeedQuotes_) {
     addText(text);
-    return true;
+  } else {
+    output_->append(text);
+    atFirstByte_ = false;
   }
-  output_->append(text);
-  return !text.empty();
+  return !text.empty() || value.type() == zvbTypeString;
+}
+
+bool CsvWriter::needsQuotes(std::string_view text) const {
+  return text.empty() || text == form_->null ||
+         // Without quotes a reader takes these bytes for no part of the text.
+         (atFirstByte_ && text.starts_with(byteOrderMark)) ||
+         std::any_of(text.begin(), text.end(),
+                     [this](char byte) { return isSpecial_[code(byte)]; });
 }
 
 void CsvWriter::addText(std::string_view text) {
-  if (needsQuotes(text)) {
+  const bool isQuoted = needsQuotes(text);
+  atFirstByte_ = false;
+  if (isQuoted) {
     addQuoted(text);
   } else {
     output_->append(text);

@@ -1,6 +1,6 @@
 #include "Commands.h"
 #include "Diagnostics.h"
-#include "Handles.h"
+#include "Failure.h"
 
 namespace zvwttool {
 
@@ -9,7 +9,9 @@ ExitCode runDelete(ZvWorkTableManager& manager, const DeleteOptions& options) {
   for (const std::string& table : options.tables) {
     ZvbString text;
     if (!manager.deleteTable(table.c_str(), &text)) {
-      result = fail(table + ": " + text.asCstr());
+      const Failure failure = libraryFailure(text, table + ": ");
+      say(failure.what());
+      result = failure.code();
     }
   }
   return result;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <limits>
-#include <system_error>
+#include <string>
 
 #include "DisplayText.h"
 #include "System.h"
@@ -11,6 +11,7 @@
 namespace zvwttool {
 namespace {
 
+bool isQuiet = false;
 std::size_t widthOfStatus = 0;  // columns of the terminal's last line that it takes
 
 }  // namespace
@@ -25,19 +26,33 @@ void say(std::string_view text) {
   (void)std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
-ExitCode fail(std::string_view text) {
-  say(text);
-  return ExitCode::failure;
+void beginLine() noexcept {
+  if (terminalWidth(OutputStream::errors) > 0) {
+    (void)std::fputc('\n', stderr);
+  }
 }
 
+void remark(std::string_view text) {
+  if (!isQuiet) {
+    say(text);
+  }
+}
+
+void beQuiet() noexcept { isQuiet = true; }
+
+bool statusIsSeen() noexcept { return !isQuiet && terminalWidth(OutputStream::errors) > 0; }
+
 void showStatus(std::string_view text) noexcept {
-  static const bool isSeen = standardErrorIsTerminal();
-  if (!isSeen) {
+  const int width = terminalWidth(OutputStream::errors);
+  if (isQuiet || width <= 0) {
     return;
   }
-  const std::size_t left = widthOfStatus - std::min(widthOfStatus, text.size());
-  widthOfStatus = text.size();
+  // In the last column, some terminals begin another line.
+  const auto room = static_cast<std::size_t>(width - 1);
+  text = text.substr(0, room);
   // Blanks overwrite what is left of a longer status, on any terminal.
+  const std::size_t left = std::min(widthOfStatus, room) - std::min(widthOfStatus, text.size());
+  widthOfStatus = text.size();
   (void)std::fprintf(stderr, "\r%.*s%*s", static_cast<int>(text.size()), text.data(),
                      static_cast<int>(left), "");
 }
@@ -47,10 +62,6 @@ void removeStatus() noexcept {
     showStatus("");
     (void)std::fputc('\r', stderr);
   }
-}
-
-std::string systemErrorText(int errorNumber) {
-  return std::generic_category().message(errorNumber);
 }
 
 }  // namespace zvwttool

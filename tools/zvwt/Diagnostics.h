@@ -1,25 +1,26 @@
 /// What the tool has to say to people, on standard error.
 #pragma once
 
-#include <string>
 #include <string_view>
-
-#include "ExitCode.h"
 
 namespace zvwttool {
 
 /// Writes one line, the tool's name before it.
 void say(std::string_view text);
 
-/// Says why a command fails and gives the code that it ends with.
-[[nodiscard]] ExitCode fail(std::string_view text);
+/// The same for what people may want to know and have not asked for.
+void remark(std::string_view text);
+/// From now on there are no remarks and no status; what goes wrong is said all the same.
+void beQuiet() noexcept;
 
-/// While standard error is a terminal, shows on its last line how far a command is. The next
-/// status, and whatever is said, replaces it.
+/// On a terminal, what is said next stands on a line of its own whatever the line has.
+void beginLine() noexcept;
+
+/// Whether showStatus() does anything: standard error is a terminal.
+[[nodiscard]] bool statusIsSeen() noexcept;
+/// Shows on the terminal's last line how far a command is, in ASCII. The next status, and whatever
+/// is said, replaces it.
 void showStatus(std::string_view text) noexcept;
 void removeStatus() noexcept;
-
-/// The system's text for an errno value.
-[[nodiscard]] std::string systemErrorText(int errorNumber);
 
 }  // namespace zvwttool

@@ -28,4 +28,13 @@ std::string joinDirectories(const std::vector<std::string>& directories) {
   return list;
 }
 
+std::filesystem::path pathOfText(const std::string& text) {
+  return std::u8string(text.begin(), text.end());
+}
+
+std::string textOfPath(const std::filesystem::path& path) {
+  const std::u8string text = path.u8string();
+  return {text.begin(), text.end()};
+}
+
 }  // namespace zvwttool

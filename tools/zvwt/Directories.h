@@ -1,6 +1,7 @@
 /// Lists of directories, as a manager is given them.
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -9,5 +10,9 @@ namespace zvwttool {
 /// The directories of a list; an empty entry is the current directory.
 [[nodiscard]] std::vector<std::string> splitDirectories(const std::string& list);
 [[nodiscard]] std::string joinDirectories(const std::vector<std::string>& directories);
+
+/// Paths as texts in UTF-8.
+[[nodiscard]] std::filesystem::path pathOfText(const std::string& text);
+[[nodiscard]] std::string textOfPath(const std::filesystem::path& path);
 
 }  // namespace zvwttool

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "CharacterWidth.h"
+
 namespace zvwttool {
 namespace {
 
@@ -42,10 +44,24 @@ bool secondByteFits(unsigned char lead, unsigned char second) {
   }
 }
 
-bool isControl(std::string_view character) {
-  const unsigned char lead = byteAt(character, 0);
-  const bool isSecondSet = character.size() == 2 && lead == 0xC2U && byteAt(character, 1) < 0xA0U;
-  return lead < 0x20U || lead == 0x7FU || isSecondSet;
+/// The code point of a valid character.
+char32_t codeOf(std::string_view character) {
+  constexpr char32_t leadBits[] = {0, 0x7F, 0x1F, 0x0F, 0x07};
+  char32_t code = byteAt(character, 0) & leadBits[character.size()];
+  for (std::size_t i = 1; i < character.size(); ++i) {
+    code = code << 6U | (byteAt(character, i) & 0x3FU);
+  }
+  return code;
+}
+
+/// What commands a terminal, or has it write the rest of a line from right to left or on another.
+bool isControl(char32_t code) {
+  const bool isC0 = code < 0x20 || code == 0x7F;
+  const bool isC1 = code >= 0x80 && code < 0xA0;
+  const bool isOfDirection =
+      (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+  const bool isOfLines = code == 0x2028 || code == 0x2029;
+  return isC0 || isC1 || isOfDirection || isOfLines;
 }
 
 std::string escaped(std::string_view bytes) {
@@ -90,8 +106,9 @@ std::string displayText(std::string_view text, std::size_t limit) {
   while (!text.empty()) {
     const std::size_t size = characterSize(text);
     const std::string_view bytes = text.substr(0, std::max<std::size_t>(size, 1));
-    const std::string piece = size == 0 || isControl(bytes) ? escaped(bytes) : std::string(bytes);
-    width += displayWidth(piece);
+    const bool isShown = size > 0 && !isControl(codeOf(bytes));
+    const std::string piece = isShown ? std::string(bytes) : escaped(bytes);
+    width += isShown ? characterWidth(codeOf(bytes)) : piece.size();
     if (width > limit) {
       shown.resize(cut);
       return shown.append(ellipsis);
@@ -109,8 +126,14 @@ std::string quotedName(std::string_view name) {
 }
 
 std::size_t displayWidth(std::string_view text) {
-  return text.size() -
-         static_cast<std::size_t>(std::count_if(text.begin(), text.end(), isContinuation));
+  std::size_t width = 0;
+  while (!text.empty()) {
+    const std::string_view character =
+        text.substr(0, std::max<std::size_t>(characterSize(text), 1));
+    width += characterWidth(codeOf(character));
+    text.remove_prefix(character.size());
+  }
+  return width;
 }
 
 }  // namespace zvwttool

@@ -7,8 +7,9 @@
 
 namespace zvwttool {
 
-/// The text on one line of at most `limit` columns (1 or more): control characters and bytes that
-/// are no UTF-8 are escaped, and what is too long ends with an ellipsis.
+/// The text on one line of at most `limit` columns (1 or more): control characters, also those of
+/// the direction of writing, and bytes that are no UTF-8 are escaped, and what is too long ends
+/// with an ellipsis.
 [[nodiscard]] std::string displayText(std::string_view text, std::size_t limit);
 
 /// The bytes of the valid UTF-8 character at the front of a text that is not empty; 0 for none.
@@ -17,7 +18,7 @@ namespace zvwttool {
 /// A column's name in quotes, as messages give it.
 [[nodiscard]] std::string quotedName(std::string_view name);
 
-/// The columns that a text of valid UTF-8 takes, every character being one column wide.
+/// The columns that a text of valid UTF-8 without control characters takes.
 [[nodiscard]] std::size_t displayWidth(std::string_view text);
 
 }  // namespace zvwttool

@@ -2,7 +2,10 @@
 #include "CsvWriter.h"
 #include "Diagnostics.h"
 #include "DisplayText.h"
+#include "JsonLinesWriter.h"
 #include "OutputBuffer.h"
+#include "Progress.h"
+#include "System.h"
 #include "TableRows.h"
 
 namespace zvwttool {
@@ -15,65 +18,86 @@ void writeHeader(const TableRows& rows, CsvWriter* writer) {
   writer->endRow();
 }
 
-bool writeRow(const TableRows& rows, CsvWriter* writer, std::string* error) {
+template <typename Writer>
+void writeRow(const TableRows& rows, Writer* writer) {
   for (std::size_t column = 0; column < rows.columns().size(); ++column) {
     if (!writer->addValue(rows.value(column))) {
-      *error = "column " + quotedName(rows.columns()[column].name) +
-               ": the value cannot be written as text";
-      return false;
+      throw Failure(ExitCode::damaged, "column " + quotedName(rows.columns()[column].name) +
+                                           ": the value cannot be written as text");
     }
   }
   writer->endRow();
-  return true;
 }
 
-bool writeRows(TableRows* rows, OutputBuffer* output, std::string* error) {
-  CsvWriter writer(output);
-  writeHeader(*rows, &writer);
-  ReadResult result = rows->next(error);
-  while (result == ReadResult::row && !output->failed()) {
-    if (!writeRow(*rows, &writer, error)) {
-      return false;
-    }
-    result = rows->next(error);
+template <typename Writer>
+void writeRows(TableRows* rows, OutputBuffer* output, Writer* writer) {
+  const std::int64_t all = rows->remaining();
+  Progress progress("exporting", ProgressUnit::rows, all);
+  if (terminalWidth(OutputStream::output) > 0) {
+    progress.hide();  // the rows themselves are seen
   }
-  return result != ReadResult::failure;
+  while (!output->failed() && rows->next()) {
+    writeRow(*rows, writer);
+    progress.update(all - rows->remaining());
+  }
+}
+
+void writeCsv(TableRows* rows, const CsvForm& form, OutputBuffer* output) {
+  CsvWriter writer(output, form);
+  if (form.hasHeader) {
+    writeHeader(*rows, &writer);
+  }
+  writeRows(rows, output, &writer);
+}
+
+void writeJsonLines(TableRows* rows, OutputBuffer* output) {
+  JsonLinesWriter writer(output, rows->columns());
+  writeRows(rows, output, &writer);
+  if (const std::int64_t count = writer.changedTexts(); count > 0) {
+    remark(std::to_string(count) + (count == 1 ? " text is" : " texts are") +
+           " not UTF-8: each byte that is none became U+FFFD");
+  }
 }
 
 /// The document has the table's columns whatever was selected, and their names as they are.
-bool writeXml(TableRows* rows, OutputBuffer* output, std::string* error) {
+void writeXml(TableRows* rows, OutputBuffer* output) {
   if (!rows->source().isOfAllColumns()) {
-    *error = "XML has all columns of a table: make a copy with the columns that you want";
-    return false;
+    throw Failure(ExitCode::usage,
+                  "XML has all columns of a table: make a copy with the columns that you want");
   }
   for (const TableRows::Column& column : rows->columns()) {
     if (column.name.find_first_of("&<") != std::string::npos) {
-      *error = "column " + quotedName(column.name) + ": XML cannot have the name as it is";
-      return false;
+      throw Failure(ExitCode::usage,
+                    "column " + quotedName(column.name) + ": XML cannot have the name as it is");
     }
   }
-  ZvbString document;
-  if (!rows->readAsXml(&document, error)) {
-    return false;
-  }
-  output->append(document.asView());
+  output->append(rows->readAsXml().asView());
   output->append('\n');
-  return true;
 }
 
 }  // namespace
 
 ExitCode runExport(ZvWorkTableManager& manager, const ExportOptions& options) {
-  TableRows rows;
-  std::string error;
-  if (!rows.open(manager, options.read, &error)) {
-    return fail(error);
+  requireUsable(options.form);
+  if (options.format != ExportFormat::csv && options.form != CsvForm()) {
+    throw Failure(ExitCode::usage,
+                  "--delimiter, --null, --no-header and --crlf are for CSV and nothing else");
   }
+  TableRows rows(manager, options.read);
   OutputBuffer output;
-  const bool complete =
-      options.asXml ? writeXml(&rows, &output, &error) : writeRows(&rows, &output, &error);
-  const ExitCode written = output.finish();
-  return complete ? written : fail(error);
+  switch (options.format) {
+    case ExportFormat::csv:
+      writeCsv(&rows, options.form, &output);
+      break;
+    case ExportFormat::jsonLines:
+      writeJsonLines(&rows, &output);
+      break;
+    case ExportFormat::xml:
+      writeXml(&rows, &output);
+      break;
+  }
+  output.finish();
+  return ExitCode::success;
 }
 
 }  // namespace zvwttool

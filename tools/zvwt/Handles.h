@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "Failure.h"
 #include "ZvwtHandles.h"
 
 namespace zvwttool {
@@ -11,14 +12,25 @@ using ManagerHandle = zvwt::Manager;
 /// To be gone before its manager.
 using TableHandle = zvwt::Table;
 
-/// A manager over a list of directories; null, with the reason in *error, on failure.
-[[nodiscard]] inline ManagerHandle openManager(const std::string& directories, std::string* error) {
+/// A manager over a list of directories.
+[[nodiscard]] inline ManagerHandle openManager(const std::string& directories) {
   ZvbString text;
   ManagerHandle manager(zvwtCreateManager("zvwt", directories.c_str(), &text));
   if (manager == nullptr) {
-    *error = text.isEmpty() ? "out of memory" : text.asCstr();
+    throw libraryFailure(text);
   }
   return manager;
+}
+
+/// A table that is read, by its name or a URI.
+[[nodiscard]] inline TableHandle openTable(ZvWorkTableManager& manager, const ZvbString& nameOrUri,
+                                           bool readBackwards = false) {
+  ZvbString text;
+  TableHandle table(manager.openTable(nameOrUri, readBackwards, &text));
+  if (table == nullptr) {
+    throw libraryFailure(text);
+  }
+  return table;
 }
 
 }  // namespace zvwttool

@@ -9,11 +9,12 @@
 #include "Diagnostics.h"
 #include "Directories.h"
 #include "DisplayText.h"
+#include "Failure.h"
 #include "FieldValue.h"
-#include "Handles.h"
 #include "InterruptGuard.h"
+#include "NearName.h"
 #include "NewTable.h"
-#include "OutputBuffer.h"
+#include "Progress.h"
 #include "TypeInference.h"
 
 namespace zvwttool {
@@ -21,8 +22,9 @@ namespace {
 
 struct Column {
   std::string name;
-  std::optional<zvbType> givenType;
+  std::optional<zvbType> givenType = std::nullopt;
   zvbType type = zvbTypeString;
+  std::string reason = {};    // for the type
   int width = 0;              // bytes, 0 for no limit
   std::int64_t cutTexts = 0;  // that were longer than the width
 };
@@ -31,84 +33,73 @@ bool sameName(const std::string& left, const std::string& right) {
   return ZvbString(left.c_str()).compare(right.c_str(), false) == 0;
 }
 
-/// One run of an import, step by step. A step that fails has said why.
+/// One run of an import, step by step.
 class Import {
  public:
   Import(ZvWorkTableManager& manager, const ImportOptions& options)
-      : manager_(manager), options_(options) {}
+      : manager_(manager),
+        options_(options),
+        shortRows_(options.fillsShortRows ? CsvReader::ShortRows::filled
+                                          : CsvReader::ShortRows::refused),
+        input_(options.file, splitDirectories(manager.getDirectoryList().asCstr())) {}
 
-  [[nodiscard]] ExitCode run();
+  void run();
 
  private:
-  [[nodiscard]] ExitCode openInput();
-  [[nodiscard]] ExitCode planColumns(const CsvReader& reader);
-  [[nodiscard]] ExitCode rejectRepeatedNames(const CsvReader& reader);
-  [[nodiscard]] ExitCode applyGivenTypes();
-  [[nodiscard]] ExitCode applyGivenWidths();
-  [[nodiscard]] ExitCode checkSortColumns();
-  [[nodiscard]] ExitCode inferTypes(CsvReader* reader);
-  [[nodiscard]] ExitCode makeTable(CsvReader* reader);
-  [[nodiscard]] ExitCode defineColumns(NewTable* table);
-  [[nodiscard]] ExitCode writeRows(CsvReader* reader, NewTable* table);
-  [[nodiscard]] ExitCode convertRow(const CsvReader& reader);
-  [[nodiscard]] ExitCode finishTable(NewTable* table);  // and prints its name
-  [[nodiscard]] Column* findColumn(const std::string& name);
+  void planColumns(const CsvReader& reader);
+  void rejectRepeatedNames(const CsvReader& reader) const;
+  void applyGivenTypes();
+  void applyGivenWidths();
+  void checkSortColumns();
+  void inferTypes(CsvReader* reader);
+  void makeTable(CsvReader* reader);
+  void defineColumns(NewTable* table) const;
+  void writeRows(CsvReader* reader, NewTable* table);
+  void convertRow(const CsvReader& reader);
+  [[nodiscard]] Column& columnOf(const char* option, const std::string& name);
   void reportColumns() const;
-  void reportRows() const;
+  void reportRows(const CsvReader& reader) const;
 
   ZvWorkTableManager& manager_;
   const ImportOptions& options_;
+  CsvReader::ShortRows shortRows_;
   CsvInput input_;
   std::vector<Column> columns_;
   std::vector<ZvbDatavar> values_;
   std::int64_t rowCount_ = 0;
 };
 
-ExitCode Import::run() {
-  ExitCode step = openInput();
-  if (step != ExitCode::success) {
-    return step;
-  }
-  CsvReader reader(&input_);
-  if (!reader.readHeader()) {
-    return fail(reader.errorText());
-  }
-  step = planColumns(reader);
-  if (step != ExitCode::success) {
-    return step;
-  }
+void Import::run() {
+  const InterruptGuard guard;
+  CsvReader reader(&input_, options_.form, shortRows_);
+  reader.readHeader();
+  planColumns(reader);
   const bool allGiven = std::all_of(columns_.begin(), columns_.end(), [](const Column& column) {
     return column.givenType.has_value();
   });
-  return allGiven ? makeTable(&reader) : inferTypes(&reader);
-}
-
-ExitCode Import::openInput() {
-  std::string error;
-  const auto directories = splitDirectories(manager_.getDirectoryList().asCstr());
-  if (!input_.open(options_.file, directories, &error)) {
-    return fail(error);
+  if (allGiven) {
+    makeTable(&reader);
+    return;
   }
-  return ExitCode::success;
+  inferTypes(&reader);
+  CsvReader again(&input_, options_.form, shortRows_);
+  again.readHeader();
+  makeTable(&again);
 }
 
-ExitCode Import::planColumns(const CsvReader& reader) {
+void Import::planColumns(const CsvReader& reader) {
   for (const std::string& name : reader.columnNames()) {
-    columns_.push_back({name, std::nullopt, zvbTypeString, 0, 0});
+    columns_.push_back({.name = name});
   }
   values_.resize(columns_.size());
-  ExitCode step = rejectRepeatedNames(reader);
-  if (step == ExitCode::success) {
-    step = applyGivenTypes();
-  }
-  if (step == ExitCode::success) {
-    step = applyGivenWidths();
-  }
-  return step == ExitCode::success ? checkSortColumns() : step;
+  rejectRepeatedNames(reader);
+  applyGivenTypes();
+  applyGivenWidths();
+  checkSortColumns();
 }
 
 // Sorted by name, columns that the library takes for one are neighbours.
-ExitCode Import::rejectRepeatedNames(const CsvReader& reader) {
+void Import::rejectRepeatedNames(const CsvReader& reader) const {
   std::vector<ZvbString> names;
   for (const Column& column : columns_) {
     names.emplace_back(column.name.c_str());
@@ -122,130 +113,114 @@ ExitCode Import::rejectRepeatedNames(const CsvReader& reader) {
       std::adjacent_find(order.begin(), order.end(), [&names](std::size_t left, std::size_t right) {
         return names[left].compare(names[right], false) == 0;
       });
-  return repeated == order.end()
-             ? ExitCode::success
-             : fail(reader.describeField(*std::next(repeated),
-                                         "another column has this name, letter case aside"));
+  if (repeated != order.end()) {
+    reader.failAtField(*std::next(repeated), "another column has this name, letter case aside");
+  }
 }
 
-ExitCode Import::applyGivenTypes() {
+void Import::applyGivenTypes() {
   for (const GivenType& given : options_.types) {
-    Column* column = findColumn(given.column);
-    if (column == nullptr) {
-      say("--type: there is no column " + quotedName(given.column));
-      return ExitCode::usage;
-    }
-    column->givenType = given.type;
-    column->type = given.type;
+    Column& column = columnOf("--type", given.column);
+    column.givenType = given.type;
+    column.type = given.type;
+    column.reason = "given";
   }
-  return ExitCode::success;
 }
 
 // A width is for texts only, so that it makes its column one of strings.
-ExitCode Import::applyGivenWidths() {
+void Import::applyGivenWidths() {
   for (const GivenWidth& given : options_.widths) {
-    Column* column = findColumn(given.column);
-    if (column == nullptr) {
-      say("--width: there is no column " + quotedName(given.column));
-      return ExitCode::usage;
+    Column& column = columnOf("--width", given.column);
+    if (column.givenType.value_or(zvbTypeString) != zvbTypeString) {
+      throw Failure(ExitCode::usage,
+                    "--width: column " + quotedName(given.column) + " is no string column");
     }
-    if (column->givenType.value_or(zvbTypeString) != zvbTypeString) {
-      say("--width: column " + quotedName(given.column) + " is no string column");
-      return ExitCode::usage;
-    }
-    column->givenType = zvbTypeString;
-    column->width = given.bytes;
+    column.givenType = zvbTypeString;
+    column.reason = "given";
+    column.width = given.bytes;
   }
-  return ExitCode::success;
 }
 
 // Before the text is read through for its types.
-ExitCode Import::checkSortColumns() {
+void Import::checkSortColumns() {
   for (const SortKey& key : options_.sort.keys) {
-    if (findColumn(key.column) == nullptr) {
-      say("--sort: there is no column " + quotedName(key.column));
-      return ExitCode::usage;
-    }
+    (void)columnOf("--sort", key.column);
   }
-  return ExitCode::success;
 }
 
-Column* Import::findColumn(const std::string& name) {
+Column& Import::columnOf(const char* option, const std::string& name) {
   const auto found = std::find_if(columns_.begin(), columns_.end(), [&name](const Column& column) {
     return sameName(column.name, name);
   });
-  return found == columns_.end() ? nullptr : &*found;
+  if (found == columns_.end()) {
+    std::vector<std::string> known;
+    for (const Column& column : columns_) {
+      known.push_back(column.name);
+    }
+    throw Failure(ExitCode::usage, std::string(option) + ": there is no column " +
+                                       quotedName(name) + didYouMean(name, known));
+  }
+  return *found;
 }
 
-ExitCode Import::inferTypes(CsvReader* reader) {
+void Import::inferTypes(CsvReader* reader) {
   TypeInference inference(columns_.size());
-  ReadResult result = reader->readRow();
-  for (; result == ReadResult::row; result = reader->readRow()) {
+  Progress progress("looking for types", ProgressUnit::bytes, input_.size());
+  while (reader->readRow()) {
+    InterruptGuard::check();
+    progress.update(input_.bytesRead());
     for (std::size_t column = 0; column < columns_.size(); ++column) {
-      if (!reader->isNull(column)) {
-        inference.observe(column, reader->text(column));
+      if (!reader->isNull(column) && !columns_[column].givenType.has_value()) {
+        inference.observe(column, reader->text(column), reader->line(column));
       }
     }
   }
-  std::string error = reader->errorText();
-  if (result == ReadResult::failure || !input_.rewind(&error)) {
-    return fail(error);
-  }
+  input_.rewind();
   for (std::size_t column = 0; column < columns_.size(); ++column) {
-    columns_[column].type = columns_[column].givenType.value_or(inference.typeOf(column));
+    if (!columns_[column].givenType.has_value()) {
+      columns_[column].type = inference.typeOf(column);
+      columns_[column].reason = inference.reasonFor(column);
+    }
   }
-  CsvReader again(&input_);
-  return again.readHeader() ? makeTable(&again) : fail(again.errorText());
 }
 
-ExitCode Import::makeTable(CsvReader* reader) {
+void Import::makeTable(CsvReader* reader) {
   reportColumns();
-  const InterruptGuard guard;
   NewTable table(&manager_);
-  ExitCode step = defineColumns(&table);
-  if (step == ExitCode::success) {
-    step = writeRows(reader, &table);
-  }
-  return step == ExitCode::success ? finishTable(&table) : step;
+  defineColumns(&table);
+  writeRows(reader, &table);
+  table.close();
+  table.finish();
+  reportRows(*reader);
 }
 
-ExitCode Import::defineColumns(NewTable* table) {
+void Import::defineColumns(NewTable* table) const {
   if (columns_.size() > std::numeric_limits<int>::max()) {
-    return fail("there are too many columns");
+    throw Failure(ExitCode::usage, "there are too many columns");
   }
   const auto count = static_cast<int>(columns_.size());
-  if (!table->create(count, options_.maxElementSize, options_.sort.keys.size())) {
-    return fail(table->errorText());
-  }
+  table->create(count, options_.maxElementSize, options_.sort.keys.size());
   for (int index = 0; index < count; ++index) {
     const Column& column = columns_[static_cast<std::size_t>(index)];
-    if (!table->defineColumn(index, column.name, column.type, column.width)) {
-      return fail(table->errorText());
-    }
+    table->defineColumn(index, column.name, column.type, column.width);
   }
-  const bool isSorted = !options_.sort.keys.empty();
-  return !isSorted || table->sortBy(options_.sort) ? ExitCode::success : fail(table->errorText());
+  if (!options_.sort.keys.empty()) {
+    table->sortBy(options_.sort);
+  }
 }
 
-ExitCode Import::writeRows(CsvReader* reader, NewTable* table) {
-  ReadResult result = reader->readRow();
-  for (; result == ReadResult::row; result = reader->readRow()) {
-    const ExitCode step = convertRow(*reader);
-    if (step != ExitCode::success) {
-      return step;
-    }
-    if (!table->writeRow(values_.data())) {
-      return fail(table->errorText());
-    }
-    if (InterruptGuard::interrupted()) {
-      return fail(interruption);
-    }
+void Import::writeRows(CsvReader* reader, NewTable* table) {
+  Progress progress("importing", ProgressUnit::bytes, input_.size());
+  while (reader->readRow()) {
+    convertRow(*reader);
+    table->writeRow(values_.data());
+    InterruptGuard::check();
+    progress.update(input_.bytesRead());
     ++rowCount_;
   }
-  return result == ReadResult::end ? ExitCode::success : fail(reader->errorText());
 }
 
-ExitCode Import::convertRow(const CsvReader& reader) {
+void Import::convertRow(const CsvReader& reader) {
   for (std::size_t i = 0; i < columns_.size(); ++i) {
     Column& column = columns_[i];
     if (reader.isNull(i)) {
@@ -254,48 +229,43 @@ ExitCode Import::convertRow(const CsvReader& reader) {
     }
     const std::string_view text = reader.text(i);
     if (!readField(text, column.type, &values_[i])) {
-      return fail(reader.describeField(i, std::string("the field is no ") + typeWord(column.type)));
+      reader.failAtField(i, std::string("the field is no ") + typeWord(column.type));
     }
     if (column.width > 0 && text.size() > static_cast<std::size_t>(column.width)) {
       ++column.cutTexts;
     }
   }
-  return ExitCode::success;
-}
-
-ExitCode Import::finishTable(NewTable* table) {
-  if (!table->close()) {
-    return fail(table->errorText());
-  }
-  const ExitCode step = table->finish();
-  if (step == ExitCode::success) {
-    reportRows();
-  }
-  return step;
 }
 
 void Import::reportColumns() const {
   for (const Column& column : columns_) {
-    say("column " + quotedName(column.name) + ": " + typeWord(column.type) +
-        (column.givenType.has_value() ? " (given)" : ""));
+    remark("column " + quotedName(column.name) + ": " + typeWord(column.type) +
+           (column.reason.empty() ? "" : " (" + column.reason + ")"));
   }
 }
 
-void Import::reportRows() const {
+void Import::reportRows(const CsvReader& reader) const {
   for (const Column& column : columns_) {
     if (column.cutTexts != 0) {
-      say("column " + quotedName(column.name) + ": " + std::to_string(column.cutTexts) +
-          (column.cutTexts == 1 ? " text was cut to " : " texts were cut to ") +
-          std::to_string(column.width) + " bytes");
+      remark("column " + quotedName(column.name) + ": " + std::to_string(column.cutTexts) +
+             (column.cutTexts == 1 ? " text was cut to " : " texts were cut to ") +
+             std::to_string(column.width) + " bytes");
     }
   }
-  say(std::to_string(rowCount_) + (rowCount_ == 1 ? " row" : " rows"));
+  if (reader.filledRows() != 0) {
+    remark(std::to_string(reader.filledRows()) +
+           (reader.filledRows() == 1 ? " short row: its" : " short rows: their") +
+           " missing fields are null");
+  }
+  remark(std::to_string(rowCount_) + (rowCount_ == 1 ? " row" : " rows"));
 }
 
 }  // namespace
 
 ExitCode runImport(ZvWorkTableManager& manager, const ImportOptions& options) {
-  return Import(manager, options).run();
+  requireUsable(options.form);
+  Import(manager, options).run();
+  return ExitCode::success;
 }
 
 }  // namespace zvwttool

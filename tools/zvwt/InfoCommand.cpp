@@ -1,24 +1,22 @@
 #include <filesystem>
+#include <optional>
 
+#include "CellText.h"
+#include "ColumnFacts.h"
 #include "Commands.h"
-#include "Diagnostics.h"
 #include "Directories.h"
-#include "FieldValue.h"
 #include "Handles.h"
-#include "OutputBuffer.h"
+#include "JsonWriter.h"
+#include "OutputLook.h"
 #include "Source.h"
-#include "TextGrid.h"
 
 namespace zvwttool {
 namespace {
 
-using Align = TextGrid::Align;
+using Kind = TextGrid::Kind;
 
 constexpr std::size_t cellWidthLimit = 260;  // as long as a table's path can be
-
-std::filesystem::path pathOfText(const std::string& utf8) {
-  return std::u8string(utf8.begin(), utf8.end());
-}
+constexpr std::size_t valueWidthLimit = 60;  // where there are values of the table's
 
 /// Where the library finds the table: in the first of the directories that has it.
 std::string pathOf(const std::string& table, const std::vector<std::string>& directories) {
@@ -26,8 +24,7 @@ std::string pathOf(const std::string& table, const std::vector<std::string>& dir
     const std::filesystem::path path = pathOfText(directory) / pathOfText(table);
     std::error_code ignored;
     if (std::filesystem::exists(path, ignored)) {
-      const std::u8string text = path.u8string();
-      return {text.begin(), text.end()};
+      return textOfPath(path);
     }
   }
   return "";
@@ -40,13 +37,64 @@ void addFact(std::string_view what, std::string_view value, TextGrid* grid) {
 
 std::string inBytes(std::int64_t count) { return std::to_string(count) + " bytes"; }
 
-void printFacts(const std::string& name, const std::string& path, int columnCount,
-                const ZvwtTableSizes& sizes, OutputBuffer* output) {
-  TextGrid grid({Align::left, Align::left}, cellWidthLimit);
-  addFact("table", name, &grid);
-  addFact("file", path, &grid);
+struct ColumnInfo {
+  std::string name;
+  zvbType type = zvbTypeString;
+  int width = 0;              // bytes, 0 for no limit
+  std::int64_t longest = -1;  // bytes of the longest text; below 0: no text is known
+};
+
+struct TableInfo {
+  std::string name;
+  std::string path;
+  ZvwtTableSizes sizes;
+  std::vector<ColumnInfo> columns;
+  std::vector<ColumnFacts> facts;  // of each column, or of none
+};
+
+ColumnInfo columnInfo(ZvWorkTableFile* table, int column) {
+  ColumnInfo info;
+  ZvbString name;
+  int maxLength = 0;
+  if (!table->getColumnDefinition(column, &name, &info.type, &info.width, &maxLength)) {
+    throw libraryFailure(table->getErrorMessage());
+  }
+  info.name = name.asCstr();
+  info.longest = info.type == zvbTypeString ? maxLength - 1 : -1;  // less the terminator
+  return info;
+}
+
+TableInfo tableInfo(ZvWorkTableManager& manager, ZvWorkTableFile* table, bool readsRows) {
+  const ZvbString name = table->getName();
+  TableInfo info = {
+      .name = name.asCstr(),
+      .path = pathOf(name.asCstr(), splitDirectories(manager.getDirectoryList().asCstr())),
+      .sizes = {},
+      .columns = {},
+      .facts = {}};
+  ZvbString error;
+  if (!zvwtGetTableSizes(&manager, name, &info.sizes, &error)) {
+    throw libraryFailure(error);
+  }
+  for (int column = 0; column < table->getColumnCount(); ++column) {
+    info.columns.push_back(columnInfo(table, column));
+  }
+  if (readsRows) {
+    info.facts = readColumnFacts(table);
+    for (std::size_t i = 0; i < info.columns.size(); ++i) {
+      info.columns[i].longest = info.facts[i].longest;
+    }
+  }
+  return info;
+}
+
+void printFacts(const TableInfo& info, OutputBuffer* output) {
+  const ZvwtTableSizes& sizes = info.sizes;
+  TextGrid grid({Kind::text, Kind::text}, cellWidthLimit);
+  addFact("table", info.name, &grid);
+  addFact("file", info.path, &grid);
   addFact("rows", std::to_string(sizes.rowCount), &grid);
-  addFact("columns", std::to_string(columnCount), &grid);
+  addFact("columns", std::to_string(info.columns.size()), &grid);
   addFact("elements", std::to_string(sizes.elementCount), &grid);
   addFact("element limit", sizes.maxElementSize > 0 ? inBytes(sizes.maxElementSize) : "none",
           &grid);
@@ -56,45 +104,87 @@ void printFacts(const std::string& name, const std::string& path, int columnCoun
   grid.print(output);
 }
 
-bool addColumn(ZvWorkTableFile* table, int column, TextGrid* grid) {
-  ZvbString name;
-  zvbType type = zvbTypeString;
-  int width = 0;
-  int maxLength = 0;
-  if (!table->getColumnDefinition(column, &name, &type, &width, &maxLength)) {
-    return false;
+void addColumn(const TableInfo& info, std::size_t index, TextGrid* grid) {
+  const ColumnInfo& column = info.columns[index];
+  grid->addCell(std::to_string(index + 1));
+  grid->addCell(column.name);
+  grid->addCell(typeWord(column.type));
+  grid->addCell(column.width > 0 ? std::to_string(column.width) : "");
+  grid->addCell(column.longest >= 0 ? std::to_string(column.longest) : "");
+  if (!info.facts.empty()) {
+    const ColumnFacts& facts = info.facts[index];
+    ValueText valueText;
+    grid->addCell(std::to_string(facts.nulls));
+    addValueCell(facts.minimum, &valueText, grid);
+    addValueCell(facts.maximum, &valueText, grid);
   }
-  const bool hasTexts = type == zvbTypeString && maxLength > 0;
-  grid->addCell(std::to_string(column + 1));
-  grid->addCell(name.asCstr());
-  grid->addCell(typeWord(type));
-  grid->addCell(width > 0 ? std::to_string(width) : "");
-  grid->addCell(hasTexts ? std::to_string(maxLength - 1) : "");  // less the terminator
-  return true;
 }
 
-bool printColumns(ZvWorkTableFile* table, OutputBuffer* output) {
-  TextGrid grid({Align::right, Align::left, Align::left, Align::right, Align::right},
-                cellWidthLimit);
-  for (const std::string_view heading : {"#", "column", "type", "width", "longest"}) {
-    grid.addCell(heading);
+void printColumns(const TableInfo& info, OutputBuffer* output) {
+  std::vector<Kind> kinds = {Kind::number, Kind::text, Kind::word, Kind::number, Kind::number};
+  std::vector<std::string_view> headings = {"#", "column", "type", "width", "longest"};
+  if (!info.facts.empty()) {
+    kinds.insert(kinds.end(), {Kind::number, Kind::text, Kind::text});
+    headings.insert(headings.end(), {"nulls", "minimum", "maximum"});
   }
-  grid.addRule();
-  for (int column = 0; column < table->getColumnCount(); ++column) {
-    if (!addColumn(table, column, &grid)) {
-      return false;
-    }
+  TextGrid grid(kinds, info.facts.empty() ? cellWidthLimit : valueWidthLimit);
+  grid.addHeadings(headings);
+  for (std::size_t column = 0; column < info.columns.size(); ++column) {
+    addColumn(info, column, &grid);
   }
-  grid.print(output);
-  return true;
+  printFitted(&grid, output);
 }
 
-ExitCode printStatistics(ZvWorkTableFile* table) {
+std::optional<std::int64_t> known(std::int64_t number, bool isKnown) {
+  return isKnown ? std::optional(number) : std::nullopt;
+}
+
+void writeColumn(const TableInfo& info, std::size_t index, JsonWriter* json) {
+  const ColumnInfo& column = info.columns[index];
+  json->beginObject();
+  json->member("name", column.name);
+  json->member("type", typeWord(column.type));
+  json->member("width", known(column.width, column.width > 0));
+  json->member("longest", known(column.longest, column.longest >= 0));
+  if (!info.facts.empty()) {
+    const ColumnFacts& facts = info.facts[index];
+    ValueText valueText;
+    json->member("nulls", facts.nulls);
+    json->name("minimum");
+    writeJsonValue(facts.minimum, &valueText, json);
+    json->name("maximum");
+    writeJsonValue(facts.maximum, &valueText, json);
+  }
+  json->endObject();
+}
+
+void writeInfo(const TableInfo& info, OutputBuffer* output) {
+  const ZvwtTableSizes& sizes = info.sizes;
+  JsonWriter json(output);
+  json.beginObject();
+  json.member("name", info.name);
+  json.member("path", info.path);
+  json.member("rows", sizes.rowCount);
+  json.member("elements", sizes.elementCount);
+  json.member("element_limit", known(sizes.maxElementSize, sizes.maxElementSize > 0));
+  json.member("catalogue_bytes", sizes.catalogueBytes);
+  json.member("data_bytes", sizes.dataBytes);
+  json.member("index_bytes", sizes.indexBytes);
+  json.name("columns");
+  json.beginArray();
+  for (std::size_t column = 0; column < info.columns.size(); ++column) {
+    writeColumn(info, column, &json);
+  }
+  json.endArray();
+  json.endObject();
+}
+
+void printStatistics(ZvWorkTableFile* table) {
   const zvwt::Statistics statistics(table->getStatistics());
   if (statistics == nullptr) {
-    return fail(table->getErrorMessage().asCstr());
+    throw libraryFailure(table->getErrorMessage());
   }
-  TextGrid grid({Align::left, Align::left}, cellWidthLimit);
+  TextGrid grid({Kind::text, Kind::text}, cellWidthLimit);
   addFact(statistics->columnName(0).asView(), statistics->columnName(1).asView(), &grid);
   grid.addRule();
   while (statistics->next() == zvbCursorRow) {
@@ -102,38 +192,29 @@ ExitCode printStatistics(ZvWorkTableFile* table) {
   }
   OutputBuffer output;
   grid.print(&output);
-  return output.finish();
+  output.finish();
 }
 
 }  // namespace
 
 ExitCode runInfo(ZvWorkTableManager& manager, const InfoOptions& options) {
-  Source source;
-  std::string error;
-  if (!source.find(manager, options.source, &error)) {
-    return fail(error);
-  }
-  ZvbString text;
-  const TableHandle table(manager.openTable(source.table(), false, &text));
-  if (table == nullptr) {
-    return fail(text.asCstr());
-  }
+  const Source source(manager, options.source);
+  const TableHandle table = openTable(manager, source.table());
   if (options.statistics) {
-    return printStatistics(table.get());
+    printStatistics(table.get());
+    return ExitCode::success;
   }
-  const ZvbString name = table->getName();
-  ZvwtTableSizes sizes{};
-  if (!zvwtGetTableSizes(&manager, name, &sizes, &text)) {
-    return fail(text.asCstr());
-  }
+  const TableInfo info = tableInfo(manager, table.get(), options.readsRows);
   OutputBuffer output;
-  printFacts(name.asCstr(),
-             pathOf(name.asCstr(), splitDirectories(manager.getDirectoryList().asCstr())),
-             table->getColumnCount(), sizes, &output);
-  output.append('\n');
-  const bool complete = printColumns(table.get(), &output);
-  const ExitCode written = output.finish();
-  return complete ? written : fail(table->getErrorMessage().asCstr());
+  if (options.asJson) {
+    writeInfo(info, &output);
+  } else {
+    printFacts(info, &output);
+    output.append('\n');
+    printColumns(info, &output);
+  }
+  output.finish();
+  return ExitCode::success;
 }
 
 }  // namespace zvwttool

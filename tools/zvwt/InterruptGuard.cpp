@@ -1,5 +1,8 @@
 #include "InterruptGuard.h"
 
+#include "Failure.h"
+#include "System.h"
+
 namespace zvwttool {
 namespace {
 
@@ -9,25 +12,20 @@ extern "C" void rememberSignal(int signal) { receivedSignal = signal; }
 
 }  // namespace
 
-InterruptGuard::InterruptGuard() {
-  receivedSignal = 0;
-  for (std::size_t i = 0; i < signals.size(); ++i) {
-    handlersBefore_[i] = std::signal(signals[i], rememberSignal);
-    if (handlersBefore_[i] == SIG_IGN) {
-      (void)std::signal(signals[i], SIG_IGN);
-    }
-  }
-}
-
-InterruptGuard::~InterruptGuard() {
-  for (std::size_t i = 0; i < signals.size(); ++i) {
-    (void)std::signal(signals[i], handlersBefore_[i]);
-  }
-  if (interrupted()) {
-    (void)std::raise(receivedSignal);
-  }
-}
+InterruptGuard::InterruptGuard() : handler_(rememberSignal) {}
 
 bool InterruptGuard::interrupted() { return receivedSignal != 0; }
+
+void InterruptGuard::check() {
+  if (interrupted()) {
+    throw Failure(ExitCode::inputOutput, "interrupted; what had been begun is removed");
+  }
+}
+
+void InterruptGuard::obey() {
+  if (interrupted()) {
+    endBySignal(receivedSignal);
+  }
+}
 
 }  // namespace zvwttool

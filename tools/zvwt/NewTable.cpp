@@ -7,77 +7,83 @@
 
 namespace zvwttool {
 
-bool NewTable::create(int columnCount, std::int64_t maxElementSize, std::size_t sortKeyCount) {
+void NewTable::create(int columnCount, std::int64_t maxElementSize, std::size_t sortKeyCount) {
   ZvbString text;
   table_.reset(
       manager_->createTable(columnCount, static_cast<int>(sortKeyCount), maxElementSize, &text));
-  return checkManager(table_ != nullptr, text);
+  requireOfManager(table_ != nullptr, text);
 }
 
-bool NewTable::copy(const ZvbString& uri, std::int64_t maxElementSize) {
+void NewTable::copy(const ZvbString& uri, std::int64_t maxElementSize) {
   ZvbString text;
   table_.reset(manager_->copyTable(maxElementSize, manager_, uri, &text));
-  return checkManager(table_ != nullptr, text) && close();
+  requireOfManager(table_ != nullptr, text);
+  close();
 }
 
-bool NewTable::copySorted(const ZvbString& uri, std::int64_t maxElementSize, const SortPlan& plan,
+void NewTable::copySorted(const ZvbString& uri, std::int64_t maxElementSize, const SortPlan& plan,
                           std::int64_t rowCount) {
-  ZvbString text;
-  TableHandle source(manager_->openTable(uri, false, &text));
-  if (!checkManager(source != nullptr, text) ||
-      !create(source->getColumnCount(), maxElementSize, plan.keys.size()) ||
-      !describeSort(plan, *source, rowCount)) {
-    return false;
-  }
+  TableHandle source = openTable(*manager_, uri);
+  create(source->getColumnCount(), maxElementSize, plan.keys.size());
+  describeSort(plan, *source, rowCount);
   source.reset();
-  isClosed_ = checkManager(manager_->copyIntoTable(table_.get(), manager_, uri, &text), text);
-  removeStatus();
-  return isClosed_;
-}
-
-bool NewTable::append(const ZvbString& uri) {
   ZvbString text;
-  return checkManager(manager_->appendTable(table_->getName(), uri, &text), text);
+  isClosed_ = manager_->copyIntoTable(table_.get(), manager_, uri, &text);
+  removeStatus();
+  requireOfManager(isClosed_, text);
 }
 
-bool NewTable::defineColumn(int index, const std::string& name, zvbType type, int width) {
-  return check(table_->defineColumn(index, name.c_str(), type, width));
+void NewTable::append(const ZvbString& uri) {
+  ZvbString text;
+  const bool appended = manager_->appendTable(table_->getName(), uri, &text);
+  requireOfManager(appended, text);
 }
 
-bool NewTable::sortBy(const SortPlan& plan) { return describeSort(plan, *table_, -1); }
-
-bool NewTable::describeSort(const SortPlan& plan, ZvWorkTableFile& columns, std::int64_t rowCount) {
-  return setSortKeys(plan, columns, table_.get(), &error_) &&
-         progress_.follow(manager_, rowCount, &error_);
+void NewTable::defineColumn(int index, const std::string& name, zvbType type, int width) {
+  require(table_->defineColumn(index, name.c_str(), type, width));
 }
 
-bool NewTable::writeRow(const ZvbDatavar* values) { return check(table_->writeRow(values)); }
+void NewTable::sortBy(const SortPlan& plan) { describeSort(plan, *table_, -1); }
 
-bool NewTable::close() {
-  isClosed_ = check(table_->close());
+void NewTable::describeSort(const SortPlan& plan, ZvWorkTableFile& columns, std::int64_t rowCount) {
+  setSortKeys(plan, columns, table_.get());
+  progress_.follow(manager_, rowCount);
+}
+
+void NewTable::writeRow(const ZvbDatavar* values) { require(table_->writeRow(values)); }
+
+void NewTable::close() { require(closeQuietly()); }
+
+bool NewTable::closeQuietly() {
+  isClosed_ = table_->close();
   removeStatus();
   return isClosed_;
 }
 
-ExitCode NewTable::finish() {
-  if (InterruptGuard::interrupted()) {
-    return fail(interruption);
-  }
+void NewTable::finish() {
+  InterruptGuard::check();
   OutputBuffer output;
   output.append(table_->getName().asView());
   output.append('\n');
-  const ExitCode printed = output.finish();
-  isKept_ = printed == ExitCode::success;
-  return printed;
+  output.finish();
+  isKept_ = true;
 }
 
-bool NewTable::check(bool done) { return done || checkManager(false, table_->getErrorMessage()); }
-
-bool NewTable::checkManager(bool done, const ZvbString& text) {
+void NewTable::require(bool done) const {
   if (!done) {
-    error_ = progress_.isCancelled() ? interruption : text.asView();
+    requireOfManager(false, table_->getErrorMessage());
   }
-  return done;
+}
+
+// A sort that was cancelled fails because of the signal that cancelled it.
+void NewTable::requireOfManager(bool done, const ZvbString& reason) const {
+  if (done) {
+    return;
+  }
+  if (progress_.isCancelled()) {
+    InterruptGuard::check();
+  }
+  throw libraryFailure(reason);
 }
 
 // The library removes a table that has failed before it was closed; one that is sound, and unwanted
@@ -88,7 +94,7 @@ NewTable::~NewTable() {
     return;
   }
   progress_.cancel();
-  const bool isOnDisk = isClosed_ || (table_->getErrorMessage().isEmpty() && close());
+  const bool isOnDisk = isClosed_ || (table_->getErrorMessage().isEmpty() && closeQuietly());
   const ZvbString name = table_->getName();
   table_.reset();
   ZvbString text;

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "Commands.h"
-#include "ExitCode.h"
 #include "Handles.h"
 #include "SortProgress.h"
 
@@ -19,38 +18,34 @@ class NewTable {
   NewTable& operator=(const NewTable&) = delete;
   ~NewTable();
 
-  /// The operations return false with the reason in errorText().
-  [[nodiscard]] bool create(int columnCount, std::int64_t maxElementSize,
-                            std::size_t sortKeyCount = 0);
+  void create(int columnCount, std::int64_t maxElementSize, std::size_t sortKeyCount = 0);
   /// Makes a closed table of what a URI stands for, in place of create().
-  [[nodiscard]] bool copy(const ZvbString& uri, std::int64_t maxElementSize);
+  void copy(const ZvbString& uri, std::int64_t maxElementSize);
   /// The same with the rows sorted; `rowCount` is how many there are.
-  [[nodiscard]] bool copySorted(const ZvbString& uri, std::int64_t maxElementSize,
-                                const SortPlan& plan, std::int64_t rowCount);
+  void copySorted(const ZvbString& uri, std::int64_t maxElementSize, const SortPlan& plan,
+                  std::int64_t rowCount);
   /// Adds what a URI stands for to the closed table.
-  [[nodiscard]] bool append(const ZvbString& uri);
-  [[nodiscard]] bool defineColumn(int index, const std::string& name, zvbType type, int width);
+  void append(const ZvbString& uri);
+  void defineColumn(int index, const std::string& name, zvbType type, int width);
   /// Has close() sort the rows of a table that was created with as many keys as the plan has; to be
   /// called between the last column and the first row.
-  [[nodiscard]] bool sortBy(const SortPlan& plan);
-  [[nodiscard]] bool writeRow(const ZvbDatavar* values);
-  [[nodiscard]] bool close();
+  void sortBy(const SortPlan& plan);
+  void writeRow(const ZvbDatavar* values);
+  void close();
   /// Prints the closed table's name and leaves it on disk, unless a signal or a failed output says
   /// that nobody wants it any more.
-  [[nodiscard]] ExitCode finish();
-
-  [[nodiscard]] const std::string& errorText() const { return error_; }
+  void finish();
 
  private:
-  [[nodiscard]] bool describeSort(const SortPlan& plan, ZvWorkTableFile& columns,
-                                  std::int64_t rowCount);
-  [[nodiscard]] bool check(bool done);
-  [[nodiscard]] bool checkManager(bool done, const ZvbString& text);
+  void describeSort(const SortPlan& plan, ZvWorkTableFile& columns, std::int64_t rowCount);
+  /// Fails when an operation of the table, or of the manager, has not been done.
+  void require(bool done) const;
+  void requireOfManager(bool done, const ZvbString& reason) const;
+  [[nodiscard]] bool closeQuietly();
 
   ZvWorkTableManager* manager_;
   SortProgress progress_;  // outlives the table
   TableHandle table_;
-  std::string error_;
   bool isClosed_ = false;
   bool isKept_ = false;
 };

@@ -137,6 +137,18 @@ GivenWidth readGivenWidth(const std::string& text) {
   return {column, *bytes};
 }
 
+char readDelimiter(const std::string& text) {
+  constexpr std::string_view others = "\"\r\n";
+  const std::string character = text == "tab" || text == "\\t" ? "\t" : text;
+  const bool isAscii = character.size() == 1 && static_cast<unsigned char>(character[0]) < 0x80;
+  if (!isAscii || others.find(character[0]) != std::string_view::npos) {
+    throw CLI::ValidationError("--delimiter", "\"" + text +
+                                                  "\" is not one character of ASCII, or is a quote "
+                                                  "or a line break");
+  }
+  return character[0];
+}
+
 RowRange readRowRange(const std::string& text) {
   const std::size_t comma = std::min(text.find(','), text.size());
   const std::string_view view = text;

@@ -14,6 +14,8 @@ namespace zvwttool {
 [[nodiscard]] GivenType readGivenType(const std::string& text);
 /// COLUMN=BYTES
 [[nodiscard]] GivenWidth readGivenWidth(const std::string& text);
+/// A character, or tab or \t.
+[[nodiscard]] char readDelimiter(const std::string& text);
 /// FIRST,COUNT
 [[nodiscard]] RowRange readRowRange(const std::string& text);
 

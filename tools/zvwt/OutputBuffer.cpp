@@ -3,7 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 
-#include "Diagnostics.h"
+#include "Failure.h"
 
 namespace zvwttool {
 namespace {
@@ -48,16 +48,18 @@ void OutputBuffer::write(std::string_view text) {
   }
 }
 
-ExitCode OutputBuffer::finish() {
+void OutputBuffer::finish() {
   flush();
   if (!failed() && std::fflush(stdout) != 0) {
     errorNumber_ = errno;
   }
   if (errorNumber_ == EPIPE) {
-    return ExitCode::failure;
+    throw Failure(ExitCode::inputOutput, "");
   }
-  return failed() ? fail("cannot write to standard output: " + systemErrorText(errorNumber_))
-                  : ExitCode::success;
+  if (failed()) {
+    throw Failure(ExitCode::inputOutput,
+                  systemFailure(errorNumber_, "cannot write to standard output: ").what());
+  }
 }
 
 }  // namespace zvwttool

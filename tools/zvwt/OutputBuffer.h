@@ -1,11 +1,10 @@
 /// Data on its way to standard output, in large pieces.
 #pragma once
 
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "ExitCode.h"
 
 namespace zvwttool {
 
@@ -14,24 +13,53 @@ namespace zvwttool {
 class OutputBuffer {
  public:
   OutputBuffer();
+  OutputBuffer(const OutputBuffer&) = delete;
+  OutputBuffer& operator=(const OutputBuffer&) = delete;
+  /// What was put in before a failure is written all the same.
+  ~OutputBuffer() { flush(); }
 
   void append(std::string_view text) {
     if (text.size() > buffer_.size() - used_) {
       makeRoom(text);
       return;
     }
-    text.copy(buffer_.data() + used_, text.size());
+    copy(text.data(), text.size(), buffer_.data() + used_);
     used_ += text.size();
   }
-  void append(char byte) { append(std::string_view(&byte, 1)); }
+  void append(char byte) {
+    if (used_ == buffer_.size()) {
+      flush();
+    }
+    buffer_[used_++] = byte;
+  }
   void append(std::size_t count, char byte);
 
   [[nodiscard]] bool failed() const { return errorNumber_ != 0; }
-  /// Writes out what is left. A reader that closed the pipe has seen enough: that is a failure, but
-  /// nothing to speak of.
-  [[nodiscard]] ExitCode finish();
+  /// Writes out what is left; a Failure when anything was not written. A reader that closed the
+  /// pipe has seen enough: that is a failure without a text, as there is nothing to speak of.
+  void finish();
 
  private:
+  /// Most texts are short. Two copies of a known size that overlap cost less than a call.
+  static void copy(const char* from, std::size_t size, char* to) {
+    if (size > 16) {
+      std::memcpy(to, from, size);
+    } else if (size >= 8) {
+      copyEnds<8>(from, size, to);
+    } else if (size >= 4) {
+      copyEnds<4>(from, size, to);
+    } else {
+      for (std::size_t i = 0; i < size; ++i) {
+        to[i] = from[i];
+      }
+    }
+  }
+  template <std::size_t width>
+  static void copyEnds(const char* from, std::size_t size, char* to) {
+    std::memcpy(to, from, width);
+    std::memcpy(to + size - width, from + size - width, width);
+  }
+
   void makeRoom(std::string_view text);
   void write(std::string_view text);
   void flush();

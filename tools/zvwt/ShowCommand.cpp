@@ -1,30 +1,30 @@
-#include <algorithm>
+#include <exception>
 
+#include "CellText.h"
 #include "Commands.h"
 #include "Diagnostics.h"
-#include "FieldValue.h"
 #include "OutputBuffer.h"
+#include "OutputLook.h"
 #include "TableRows.h"
-#include "TextGrid.h"
 
 namespace zvwttool {
 namespace {
 
-constexpr std::size_t cellWidthLimit = 60;
-constexpr std::string_view nullMark = "\u2205";
-constexpr std::string_view unwritableMark = "?";
+constexpr std::size_t cellWidthLimit = 60;  // where no terminal sets one
 
-TextGrid::Align alignmentOf(zvbType type) {
-  const bool isNumber = type == zvbTypeInteger || type == zvbTypeReal;
-  return isNumber ? TextGrid::Align::right : TextGrid::Align::left;
+std::size_t limitOfCells(const ShowOptions& options, const OutputLook& look) {
+  if (options.isWide) {
+    return TextGrid::noLimit;
+  }
+  return look.width > 0 ? look.width : cellWidthLimit;
 }
 
-TextGrid makeGrid(const TableRows& rows) {
-  std::vector<TextGrid::Align> alignments;
+TextGrid makeGrid(const TableRows& rows, std::size_t widthLimit) {
+  std::vector<TextGrid::Kind> kinds;
   for (const TableRows::Column& column : rows.columns()) {
-    alignments.push_back(alignmentOf(column.type));
+    kinds.push_back(kindOf(column.type));
   }
-  TextGrid grid(alignments, cellWidthLimit);
+  TextGrid grid(kinds, widthLimit);
   for (const TableRows::Column& column : rows.columns()) {
     grid.addCell(column.name);
   }
@@ -32,47 +32,51 @@ TextGrid makeGrid(const TableRows& rows) {
   return grid;
 }
 
-std::string_view cellText(const ZvbDatavar& value, ValueText* valueText) {
-  if (value.isNull()) {
-    return nullMark;
-  }
-  const std::string_view text = valueText->of(value);
-  return text.empty() && value.type() != zvbTypeString ? unwritableMark : text;
-}
-
-ReadResult addRows(TableRows* rows, std::int64_t limit, TextGrid* grid, std::string* error) {
+void addRows(TableRows* rows, std::int64_t limit, TextGrid* grid) {
   ValueText valueText;
-  ReadResult result = ReadResult::row;
-  for (std::int64_t row = 0; row < limit && result == ReadResult::row; ++row) {
-    result = rows->next(error);
-    for (std::size_t column = 0; result == ReadResult::row && column < rows->columns().size();
-         ++column) {
-      grid->addCell(cellText(rows->value(column), &valueText));
+  for (std::int64_t row = 0; row < limit && rows->next(); ++row) {
+    for (std::size_t column = 0; column < rows->columns().size(); ++column) {
+      addValueCell(rows->value(column), &valueText, grid);
     }
   }
-  return result;
+}
+
+void sayWhatIsMissing(const TableRows& rows, std::size_t columnsLeftOut) {
+  if (rows.columns().empty()) {
+    say("there are no columns");
+  }
+  if (columnsLeftOut > 0) {
+    say(std::to_string(columnsLeftOut) +
+        (columnsLeftOut == 1 ? " column does not fit; --wide or --select shows it"
+                             : " columns do not fit; --wide or --select shows them"));
+  }
+  if (rows.remaining() > 0) {
+    say(std::to_string(rows.remaining()) + (rows.remaining() == 1 ? " more row" : " more rows"));
+  }
 }
 
 }  // namespace
 
 ExitCode runShow(ZvWorkTableManager& manager, const ShowOptions& options) {
-  TableRows rows;
-  std::string error;
-  if (!rows.open(manager, options.read, &error)) {
-    return fail(error);
+  TableRows rows(manager, options.read);
+  const OutputLook look = lookOfOutput();
+  TextGrid grid = makeGrid(rows, limitOfCells(options, look));
+  std::exception_ptr failure;
+  try {
+    addRows(&rows, options.limit, &grid);
+  } catch (const Failure&) {
+    failure = std::current_exception();  // what comes before it is shown
   }
-  TextGrid grid = makeGrid(rows);
-  const ReadResult result = addRows(&rows, options.limit, &grid, &error);
+  const bool fits = look.width == 0 || options.isWide;
+  const std::size_t leftOut = fits ? 0 : grid.fit(look.width);
   OutputBuffer output;
-  grid.print(&output);
-  const ExitCode written = output.finish();
-  if (result == ReadResult::failure) {
-    return fail(error);
+  grid.print(&output, look.withStyles);
+  output.finish();
+  if (failure != nullptr) {
+    std::rethrow_exception(failure);
   }
-  if (written == ExitCode::success && rows.remaining() > 0) {
-    say(std::to_string(rows.remaining()) + (rows.remaining() == 1 ? " more row" : " more rows"));
-  }
-  return written;
+  sayWhatIsMissing(rows, leftOut);
+  return ExitCode::success;
 }
 
 }  // namespace zvwttool

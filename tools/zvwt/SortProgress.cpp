@@ -1,20 +1,9 @@
 #include "SortProgress.h"
 
-#include "Diagnostics.h"
+#include "Failure.h"
 #include "InterruptGuard.h"
 
 namespace zvwttool {
-namespace {
-
-ZvbString statusText(std::int64_t rows, std::int64_t ofRows, const char* done) noexcept {
-  const auto count = static_cast<long long>(rows);
-  const auto all = static_cast<long long>(ofRows);
-  return all <= 0
-             ? zvbStringFormat("sorting: %lld rows %s", count, done)
-             : zvbStringFormat("sorting: %lld %% of %lld rows %s", count * 100 / all, all, done);
-}
-
-}  // namespace
 
 SortProgress::~SortProgress() {
   if (manager_ != nullptr) {
@@ -23,16 +12,13 @@ SortProgress::~SortProgress() {
   }
 }
 
-bool SortProgress::follow(ZvWorkTableManager* manager, std::int64_t expectedRows,
-                          std::string* error) {
+void SortProgress::follow(ZvWorkTableManager* manager, std::int64_t expectedRows) {
   ZvbString text;
   if (!zvwtSetSortProgress(manager, report, this, &text)) {
-    *error = text.asCstr();
-    return false;
+    throw libraryFailure(text);
   }
   manager_ = manager;
   expectedRows_ = expectedRows;
-  return true;
 }
 
 bool SortProgress::report(const ZvDatafileSortProgress* progress, void* context) noexcept {
@@ -46,16 +32,41 @@ bool SortProgress::report(const ZvDatafileSortProgress* progress, void* context)
   return !self->isCancelled();
 }
 
-void SortProgress::show(const ZvDatafileSortProgress& progress) const noexcept {
+void SortProgress::beginPhase(const ZvDatafileSortProgress& progress) noexcept {
+  phase_ = progress.phase;
+  shown_.reset();
   switch (progress.phase) {
     case zvDatafileSortAdding:
-      showStatus(statusText(progress.recordsAdded, expectedRows_, "read").asView());
+      if (expectedRows_ >= 0) {
+        shown_.emplace("sorting: reading", ProgressUnit::rows, expectedRows_);
+      }
       break;
     case zvDatafileSortMerging:
-      showStatus(statusText(progress.recordsAdded, -1, "read, merging").asView());
+      spilledBefore_ = progress.spilledBytes;
+      shown_.emplace("sorting: merging", ProgressUnit::bytes, -1);
       break;
     case zvDatafileSortDelivering:
-      showStatus(statusText(progress.recordsDelivered, progress.recordsAdded, "stored").asView());
+      shown_.emplace("sorting: storing", ProgressUnit::rows, progress.recordsAdded);
+      break;
+  }
+}
+
+void SortProgress::show(const ZvDatafileSortProgress& progress) noexcept {
+  if (phase_ != progress.phase) {
+    beginPhase(progress);
+  }
+  if (!shown_.has_value()) {
+    return;
+  }
+  switch (progress.phase) {
+    case zvDatafileSortAdding:
+      shown_->show(progress.recordsAdded);
+      break;
+    case zvDatafileSortMerging:
+      shown_->show(progress.spilledBytes - spilledBefore_);
+      break;
+    case zvDatafileSortDelivering:
+      shown_->show(progress.recordsDelivered);
       break;
   }
 }

@@ -2,8 +2,9 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <optional>
 
+#include "Progress.h"
 #include "zvwt.h"
 
 namespace zvwttool {
@@ -17,20 +18,23 @@ class SortProgress {
   ~SortProgress();
 
   /// Follows the table of the manager's whose first row is written next; both the manager and this
-  /// outlive it. `expectedRows` is how many there will be, -1 when nobody knows. False with the
-  /// reason in *error.
-  [[nodiscard]] bool follow(ZvWorkTableManager* manager, std::int64_t expectedRows,
-                            std::string* error);
+  /// outlive it. `expectedRows` is how many there will be, -1 when whoever writes them shows how
+  /// far that is.
+  void follow(ZvWorkTableManager* manager, std::int64_t expectedRows);
   /// Ends the sort as soon as it looks: nobody wants its result any more.
   void cancel() { isCancelled_ = true; }
   [[nodiscard]] bool isCancelled() const { return isCancelled_; }
 
  private:
   static bool report(const ZvDatafileSortProgress* progress, void* context) noexcept;
-  void show(const ZvDatafileSortProgress& progress) const noexcept;
+  void beginPhase(const ZvDatafileSortProgress& progress) noexcept;
+  void show(const ZvDatafileSortProgress& progress) noexcept;
 
   ZvWorkTableManager* manager_ = nullptr;  // null while no table is followed
   std::int64_t expectedRows_ = -1;
+  std::optional<ZvDatafileSortPhase> phase_;  // that shown_ is of
+  std::optional<Progress> shown_;
+  std::int64_t spilledBefore_ = 0;  // bytes, when the merging began
   bool isCancelled_ = false;
 };
 

@@ -5,7 +5,9 @@
 #include <string_view>
 
 #include "DisplayText.h"
+#include "Failure.h"
 #include "Handles.h"
+#include "NearName.h"
 
 namespace zvwttool {
 namespace {
@@ -44,7 +46,11 @@ std::string Source::contradiction(const SourceOptions& options) {
   return "";
 }
 
-bool Source::find(ZvWorkTableManager& manager, const SourceOptions& options, std::string* error) {
+bool Source::isUriAlone(const SourceOptions& options) {
+  return readUri(options.table) != nullptr && options.select.empty() && !options.range.has_value();
+}
+
+Source::Source(ZvWorkTableManager& manager, const SourceOptions& options) {
   const ReadUri uri = readUri(options.table);
   table_ = uri != nullptr ? uri->getPath() : ZvbString(options.table.c_str());
   hasRange_ = uri != nullptr && uri->getRowRange(&range_.firstRow, &range_.rowCount);
@@ -57,18 +63,16 @@ bool Source::find(ZvWorkTableManager& manager, const SourceOptions& options, std
   ZvbString text;
   const TableHandle table(manager.openTable(table_, allColumns, noNames, &range_, false, &text));
   if (table == nullptr) {
-    *error = text.asCstr();
-    return false;
+    throw libraryFailure(text);
   }
   rowsOfTable_ = table->getRowCount();
   const Columns known = columnsOf(table.get());
+  columnsOfTable_ = namesOf(known);
   if (options.select.empty()) {
     columns_ = uri != nullptr ? columnsOf(*uri) : known;
   }
   for (const std::string& list : options.select) {
-    if (!select(list, known, error)) {
-      return false;
-    }
+    select(list);
   }
   isOfAllColumns_ =
       std::equal(columns_.begin(), columns_.end(), known.begin(), known.end(),
@@ -76,7 +80,6 @@ bool Source::find(ZvWorkTableManager& manager, const SourceOptions& options, std
                    return column.type == 0 && sameName(column.name, own.name) &&
                           (column.second.isEmpty() || sameName(column.second, own.name));
                  });
-  return true;
 }
 
 Source::Columns Source::columnsOf(ZvWorkTableFile* table) {
@@ -100,22 +103,31 @@ Source::Columns Source::columnsOf(const ZvURI& uri) {
   return columns;
 }
 
+std::vector<std::string> Source::namesOf(const Columns& columns) {
+  std::vector<std::string> names;
+  for (const Column& column : columns) {
+    names.emplace_back(column.name.asCstr());
+  }
+  return names;
+}
+
+bool Source::hasColumn(const ZvbString& name) const {
+  return std::any_of(
+      columnsOfTable_.begin(), columnsOfTable_.end(),
+      [&name](const std::string& own) { return name.compare(own.c_str(), false) == 0; });
+}
+
 /// Takes a list of columns, each by its name or as NEW=NAME. A name of the table's may contain
 /// equals signs.
-bool Source::select(const std::string& list, const Columns& known, std::string* error) {
-  const auto isKnown = [&known](const std::string& name) {
-    return std::any_of(known.begin(), known.end(), [&name](const Column& column) {
-      return sameName(column.name, name.c_str());
-    });
-  };
+void Source::select(const std::string& list) {
   for (std::size_t begin = 0; begin <= list.size();) {
     const std::size_t end = std::min(list.find(',', begin), list.size());
     const std::string item = list.substr(begin, end - begin);
-    const std::size_t equals = isKnown(item) ? std::string::npos : item.find('=');
+    const std::size_t equals = hasColumn(item.c_str()) ? std::string::npos : item.find('=');
     const std::string name = equals == std::string::npos ? item : item.substr(equals + 1);
-    if (!isKnown(name)) {
-      *error = "the table has no column " + quotedName(name);
-      return false;
+    if (!hasColumn(name.c_str())) {
+      throw Failure(ExitCode::usage, "the table has no column " + quotedName(name) +
+                                         didYouMean(name, columnsOfTable_));
     }
     columns_.push_back(
         equals == std::string::npos
@@ -123,19 +135,13 @@ bool Source::select(const std::string& list, const Columns& known, std::string* 
             : Column{.name = item.substr(0, equals).c_str(), .second = name.c_str(), .type = 0});
     begin = end + 1;
   }
-  return true;
 }
 
-bool Source::findForNewTable(ZvWorkTableManager& manager, const SourceOptions& options,
-                             std::string* error) {
-  if (!find(manager, options, error)) {
-    return false;
-  }
+void Source::requireDifferentNames() const {
   const std::string repeated = repeatedName();
   if (!repeated.empty()) {
-    *error = "two columns would have the name " + quotedName(repeated);
+    throw Failure(ExitCode::usage, "two columns would have the name " + quotedName(repeated));
   }
-  return repeated.empty();
 }
 
 std::string Source::repeatedName() const {

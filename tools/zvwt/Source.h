@@ -13,23 +13,34 @@ namespace zvwttool {
 
 class Source {
  public:
+  /// A column as URIs tell it, see ZvURI.h.
+  struct Column {
+    ZvbString name;
+    ZvbString second;
+    std::int32_t type = 0;
+  };
+
   /// What is wrong with the URI that the options give, or with other options beside it; empty when
   /// nothing is. Looks at no file.
   [[nodiscard]] static std::string contradiction(const SourceOptions& options);
 
-  /// Looks at the table. False with the reason in *error.
-  [[nodiscard]] bool find(ZvWorkTableManager& manager, const SourceOptions& options,
-                          std::string* error);
-  /// The same for a source that a new table is to be made of: no two of its columns may have one
-  /// name.
-  [[nodiscard]] bool findForNewTable(ZvWorkTableManager& manager, const SourceOptions& options,
-                                     std::string* error);
+  /// True when the options give nothing but a URI.
+  [[nodiscard]] static bool isUriAlone(const SourceOptions& options);
+
+  /// Looks at the table.
+  Source(ZvWorkTableManager& manager, const SourceOptions& options);
+
+  /// What a new table is to be made of: no two of the columns may have one name.
+  void requireDifferentNames() const;
 
   /// The URI of the source, and that of other rows of its table with the same columns.
   [[nodiscard]] ZvbString uri() const;
   [[nodiscard]] ZvbString uri(const RowRange& rows) const;
 
   [[nodiscard]] const ZvbString& table() const { return table_; }
+  [[nodiscard]] const std::vector<Column>& columns() const { return columns_; }
+  [[nodiscard]] const std::vector<std::string>& columnsOfTable() const { return columnsOfTable_; }
+  [[nodiscard]] bool hasColumn(const ZvbString& name) const;
   /// True when the columns are the table's, in their order and under their names.
   [[nodiscard]] bool isOfAllColumns() const { return isOfAllColumns_; }
   [[nodiscard]] bool isOfAllRows() const { return !hasRange_; }
@@ -41,22 +52,18 @@ class Source {
   /// A name that two of the columns have; empty when there is none.
   [[nodiscard]] std::string repeatedName() const;
 
-  /// A column as URIs tell it, see ZvURI.h.
-  struct Column {
-    ZvbString name;
-    ZvbString second;
-    std::int32_t type = 0;
-  };
   using Columns = std::vector<Column>;
 
   static Columns columnsOf(ZvWorkTableFile* table);
   static Columns columnsOf(const ZvURI& uri);
+  static std::vector<std::string> namesOf(const Columns& columns);
   /// Adds the columns to the URI, which it takes over.
   [[nodiscard]] ZvbString build(ZvWorkTableURI* started) const;
-  [[nodiscard]] bool select(const std::string& list, const Columns& known, std::string* error);
+  void select(const std::string& list);
 
   ZvbString table_;
   Columns columns_;
+  std::vector<std::string> columnsOfTable_;
   bool isOfAllColumns_ = false;
   bool hasRange_ = false;
   RowRange range_;  // as it was given

@@ -32,16 +32,6 @@ std::string fromWide(const wchar_t* wide) {
   return text;
 }
 
-std::FILE* openIn(const std::string& directory) {
-  std::random_device random;
-  const std::wstring path =
-      toWide(directory + "\\zvwti_" + std::to_string(random()) + "_" + std::to_string(random()));
-  const int descriptor = _wsopen(
-      path.c_str(), _O_RDWR | _O_CREAT | _O_EXCL | _O_TEMPORARY | _O_SHORT_LIVED | _O_BINARY,
-      _SH_DENYRW, _S_IREAD | _S_IWRITE);
-  return descriptor >= 0 ? _fdopen(descriptor, "w+b") : nullptr;
-}
-
 }  // namespace
 
 void prepareStreams() noexcept {
@@ -51,6 +41,9 @@ void prepareStreams() noexcept {
   // Counts for consoles only; files and pipes get the bytes as they are.
   (void)SetConsoleOutputCP(CP_UTF8);
 }
+
+// The runtime's own end by a signal has the exit code 3, which means something else here.
+void endBySignal(int /*signal*/) noexcept { ExitProcess(static_cast<UINT>(STATUS_CONTROL_C_EXIT)); }
 
 std::vector<std::string> commandLineArguments(int /*count*/, char** /*arguments*/) {
   int count = 0;
@@ -63,21 +56,52 @@ std::vector<std::string> commandLineArguments(int /*count*/, char** /*arguments*
   return arguments;
 }
 
-bool standardErrorIsTerminal() noexcept { return _isatty(_fileno(stderr)) != 0; }
+int terminalWidth(OutputStream stream) noexcept {
+  constexpr int usualWidth = 80;
+  const bool isOutput = stream == OutputStream::output;
+  if (_isatty(_fileno(isOutput ? stdout : stderr)) == 0) {
+    return 0;
+  }
+  const HANDLE console = GetStdHandle(isOutput ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
+  CONSOLE_SCREEN_BUFFER_INFO info;
+  if (GetConsoleScreenBufferInfo(console, &info) == 0) {
+    return usualWidth;
+  }
+  return info.srWindow.Right - info.srWindow.Left + 1;
+}
+
+bool enableStyles() noexcept {
+  const HANDLE console = GetStdHandle(STD_OUTPUT_HANDLE);
+  DWORD mode = 0;
+  return GetConsoleMode(console, &mode) != 0 &&
+         SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+}
+
+void writeErrors(std::string_view text) noexcept {
+  (void)_write(_fileno(stderr), text.data(), static_cast<unsigned>(text.size()));
+}
 
 /// The library gives the last part of the owner's identifier, which names nobody by itself.
 std::string ownerName(std::uint32_t owner) { return std::to_string(owner); }
 
 std::FILE* openForReading(const std::string& path) { return _wfopen(toWide(path).c_str(), L"rb"); }
 
-std::FILE* openNamelessFile(const std::vector<std::string>& directories, int* errorNumber) {
-  for (const std::string& directory : directories) {
-    if (std::FILE* file = openIn(directory); file != nullptr) {
-      return file;
-    }
-    *errorNumber = errno;
-  }
-  return nullptr;
+std::int64_t bytesAhead(std::FILE* file) noexcept {
+  struct _stat64 found {};
+  const std::int64_t place = _ftelli64(file);
+  const bool isKnown =
+      place >= 0 && _fstat64(_fileno(file), &found) == 0 && (found.st_mode & _S_IFMT) == _S_IFREG;
+  return isKnown ? found.st_size - place : -1;
+}
+
+std::FILE* openNamelessFile(const std::string& directory) {
+  std::random_device random;
+  const std::wstring path =
+      toWide(directory + "\\zvwti_" + std::to_string(random()) + "_" + std::to_string(random()));
+  const int descriptor = _wsopen(
+      path.c_str(), _O_RDWR | _O_CREAT | _O_EXCL | _O_TEMPORARY | _O_SHORT_LIVED | _O_BINARY,
+      _SH_DENYRW, _S_IREAD | _S_IWRITE);
+  return descriptor >= 0 ? _fdopen(descriptor, "w+b") : nullptr;
 }
 
 }  // namespace zvwttool

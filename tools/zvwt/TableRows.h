@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "Commands.h"
-#include "CsvReader.h"
 #include "Handles.h"
 #include "Source.h"
 
@@ -19,27 +18,24 @@ class TableRows {
     zvbType type;
   };
 
-  /// Opens the table. False with the reason in *error. The manager outlives the rows.
-  [[nodiscard]] bool open(ZvWorkTableManager& manager, const ReadOptions& options,
-                          std::string* error);
+  /// Opens the table. The manager outlives the rows.
+  TableRows(ZvWorkTableManager& manager, const ReadOptions& options);
+
   [[nodiscard]] const std::vector<Column>& columns() const { return columns_; }
 
-  /// Reads the next row into value(). On failure the reason is in *error.
-  [[nodiscard]] ReadResult next(std::string* error);
+  /// Reads the next row into value(); false at the end.
+  [[nodiscard]] bool next();
   [[nodiscard]] const ZvbDatavar& value(std::size_t column) const { return values_[column]; }
-  /// Puts the rows that next() has not read yet into an XML document of the library's. On failure
-  /// the reason is in *error.
-  [[nodiscard]] bool readAsXml(ZvbString* document, std::string* error);
+  /// The rows that next() has not read yet as an XML document of the library's.
+  [[nodiscard]] ZvbString readAsXml();
   [[nodiscard]] const Source& source() const { return source_; }
   /// Rows of the range that next() has not read yet.
   [[nodiscard]] std::int64_t remaining() const { return remaining_; }
 
  private:
-  [[nodiscard]] bool openTable(ZvWorkTableManager& manager, const ReadOptions& options,
-                               std::string* error);
-  [[nodiscard]] bool describeColumns(std::string* error);
-  [[nodiscard]] bool limitToRange(const ReadOptions& options, std::string* error);
-  [[nodiscard]] bool readRow(std::string* error);
+  void describeColumns();
+  void passOver(std::int64_t rows);
+  void readRow();
 
   Source source_;
   TableHandle table_;

@@ -2,6 +2,7 @@
 
 #include <charconv>
 
+#include "DisplayText.h"
 #include "FieldValue.h"
 
 namespace zvwttool {
@@ -40,9 +41,31 @@ bool isCanonicalDate(std::string_view text) {
   return !failed && std::string_view(written, writeDate(value, written)) == text;
 }
 
+/// As people see it: a number or a date, in whatever form.
+bool looksLikeNumber(std::string_view text) {
+  return text.find_first_of("0123456789") != std::string_view::npos &&
+         text.find_first_not_of("0123456789 +-.,:/'eET") == std::string_view::npos;
+}
+
 }  // namespace
 
-TypeInference::TypeInference(std::size_t columnCount) : candidates_(columnCount, unseen) {}
+TypeInference::TypeInference(std::size_t columnCount) : columns_(columnCount, {unseen, 0, ""}) {}
+
+void TypeInference::narrowColumn(Column* column, std::string_view text, std::int64_t line) {
+  const unsigned before = column->candidates;
+  column->candidates = narrow(text, before);
+  if (column->candidates == 0 && (before != unseen || looksLikeNumber(text))) {
+    constexpr std::size_t more = 100;  // than are shown
+    column->field = text.substr(0, more);
+    column->line = line;
+  }
+}
+
+std::string TypeInference::reasonFor(std::size_t column) const {
+  const Column& known = columns_[column];
+  return known.line == 0 ? ""
+                         : "line " + std::to_string(known.line) + ": " + quotedName(known.field);
+}
 
 unsigned TypeInference::narrow(std::string_view text, unsigned candidates) {
   if ((candidates & (integer | real)) != 0 && isCanonicalInteger(text)) {
@@ -62,7 +85,7 @@ unsigned TypeInference::narrow(std::string_view text, unsigned candidates) {
 }
 
 zvbType TypeInference::typeOf(std::size_t column) const {
-  const unsigned left = candidates_[column];
+  const unsigned left = columns_[column].candidates;
   if (left == unseen) {
     return zvbTypeString;
   }

@@ -1,11 +1,11 @@
-/// The verbs that print URIs, one a line.
+/// The verbs that print URIs, one a line, and what they stand for.
 #include <algorithm>
 
 #include "Commands.h"
-#include "Diagnostics.h"
-#include "Handles.h"
+#include "Failure.h"
 #include "OutputBuffer.h"
 #include "Source.h"
+#include "UriExplanation.h"
 
 namespace zvwttool {
 namespace {
@@ -17,25 +17,25 @@ void addLine(const ZvbString& uri, OutputBuffer* output) {
 
 }  // namespace
 
-ExitCode runPrintUri(ZvWorkTableManager& manager, const SourceOptions& options) {
-  Source source;
-  std::string error;
-  if (!source.find(manager, options, &error)) {
-    return fail(error);
-  }
+ExitCode runUri(ZvWorkTableManager& manager, const UriOptions& options) {
+  const Source source(manager, options.source);
   OutputBuffer output;
-  addLine(source.uri(), &output);
-  return output.finish();
+  if (options.asJson) {
+    explainInJson(manager, source, &output);
+  } else if (Source::isUriAlone(options.source)) {
+    explainForPeople(manager, source, &output);
+  } else {
+    addLine(source.uri(), &output);
+    output.finish();
+  }
+  return ExitCode::success;
 }
 
 ExitCode runPartition(ZvWorkTableManager& manager, const PartitionOptions& options) {
-  Source source;
-  std::string error;
-  if (!source.find(manager, options.source, &error)) {
-    return fail(error);
-  }
+  const Source source(manager, options.source);
   if (!source.isOfAllRows()) {
-    return fail("only all rows of a table can be partitioned: the URI must not have a range");
+    throw Failure(ExitCode::usage,
+                  "only all rows of a table can be partitioned: the URI must not have a range");
   }
   // As many parts as there are rows are the most that make a difference.
   const auto rows = std::max<std::int64_t>(source.rowsOfTable(), 1);
@@ -43,14 +43,15 @@ ExitCode runPartition(ZvWorkTableManager& manager, const PartitionOptions& optio
   std::vector<RowRange> ranges(static_cast<std::size_t>(parts));
   ZvbString text;
   if (!manager.partitionTable(source.uri(), &parts, ranges.data(), &text)) {
-    return fail(text.asCstr());
+    throw libraryFailure(text);
   }
   ranges.resize(static_cast<std::size_t>(parts));
   OutputBuffer output;
   for (const RowRange& range : ranges) {
     addLine(source.uri(range), &output);
   }
-  return output.finish();
+  output.finish();
+  return ExitCode::success;
 }
 
 }  // namespace zvwttool

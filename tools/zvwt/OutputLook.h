@@ -1,0 +1,22 @@
+/// For whom standard output is written.
+#pragma once
+
+#include <cstddef>
+
+#include "OutputBuffer.h"
+#include "TextGrid.h"
+
+namespace zvwttool {
+
+struct OutputLook {
+  std::size_t width = 0;    ///< columns of the terminal to write in; 0 when it is none
+  bool withStyles = false;  ///< whether bold and dim text are wanted there
+};
+
+/// Styles are for terminals alone, and not where NO_COLOR or a TERM of "dumb" is set.
+[[nodiscard]] OutputLook lookOfOutput();
+
+/// Prints a grid as the output's look is, in its width if it has one.
+void printFitted(TextGrid* grid, OutputBuffer* output);
+
+}  // namespace zvwttool

@@ -1,0 +1,15 @@
+/// What a URI stands for.
+#pragma once
+
+#include "OutputBuffer.h"
+#include "Source.h"
+
+namespace zvwttool {
+
+/// Prints the table, the rows, and where each column comes from. Says on standard error which
+/// columns the table has not: the library reads constants in place of them.
+void explainForPeople(ZvWorkTableManager& manager, const Source& source, OutputBuffer* output);
+/// The same as a JSON object, which has the URI, too.
+void explainInJson(ZvWorkTableManager& manager, const Source& source, OutputBuffer* output);
+
+}  // namespace zvwttool
