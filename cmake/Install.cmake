@@ -24,6 +24,8 @@ foreach(header ${zvwt_public_platform_headers})
   install(FILES ${header} DESTINATION ${zvwt_header_root}/${room})
 endforeach()
 
+install(FILES bindings/python/zvwt.py DESTINATION ${CMAKE_INSTALL_DATADIR}/zvwt/python)
+
 install(EXPORT zvwtTargets NAMESPACE zvwt:: DESTINATION ${zvwt_package_dir}
         FILE zvwtTargets.cmake)
 configure_package_config_file(cmake/zvwtConfig.cmake.in ${CMAKE_CURRENT_BINARY_DIR}/zvwtConfig.cmake

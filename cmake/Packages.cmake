@@ -24,8 +24,9 @@ set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
 "work tables: headers and documentation
 A work table is a temporary table of typed rows, kept in files.
 .
-This package has what C++20 programs that use the library are built with:
-headers, packages for CMake and pkg-config, and the guide.")
+This package has what C++20 and C programs that use the library are built
+with: headers, packages for CMake and pkg-config, and the guide. A module for
+Python lies in /usr/share/zvwt/python.")
 set(CPACK_COMPONENT_TOOL_DESCRIPTION
 "work tables: the command line tool
 A work table is a temporary table of typed rows, kept in files.

@@ -4,7 +4,8 @@
 #
 # SOURCE the project, WORK a folder of this test's own, COMPILER the C++ compiler, TOOL the name of
 # the tool's file, empty where it is not built; for another machine TOOLCHAIN the file that describes
-# it, EMULATOR what runs its programs, BUILT where the project was built.
+# it, EMULATOR what runs its programs, BUILT where the project was built; PYTHON an interpreter that
+# loads the library, where there is one.
 
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output
@@ -45,4 +46,9 @@ run(${CMAKE_COMMAND} --build ${WORK}/examples)
 run(${CMAKE_CTEST_COMMAND} --test-dir ${WORK}/examples --output-on-failure --no-tests=error)
 if(TOOL)
   run(${EMULATOR} ${WORK}/prefix/bin/${TOOL} --help)
+endif()
+if(PYTHON)
+  run(${CMAKE_COMMAND} -E env PYTHONPATH=${WORK}/prefix/share/zvwt/python
+      LD_LIBRARY_PATH=${WORK}/prefix/lib
+      ${PYTHON} -B -c "import zvwt\nwith zvwt.Manager() as manager: print(manager)")
 endif()
