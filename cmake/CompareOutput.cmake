@@ -1,7 +1,14 @@
 # Runs PROGRAM, by EMULATOR if it is for another machine, and fails unless it succeeds and prints
-# what the file EXPECTED holds, whatever ends its lines.
+# what the file EXPECTED holds, whatever ends its lines. With WORK it runs in that folder, which is
+# made anew, and leaves no files there.
 
-execute_process(COMMAND ${EMULATOR} ${PROGRAM} OUTPUT_VARIABLE output RESULT_VARIABLE result)
+set(place "")
+if(WORK)
+  file(REMOVE_RECURSE ${WORK})
+  file(MAKE_DIRECTORY ${WORK})
+  set(place WORKING_DIRECTORY ${WORK})
+endif()
+execute_process(COMMAND ${EMULATOR} ${PROGRAM} ${place} OUTPUT_VARIABLE output RESULT_VARIABLE result)
 string(REPLACE "\r\n" "\n" output "${output}")
 file(READ ${EXPECTED} expected)
 if(NOT result EQUAL 0)
@@ -9,4 +16,10 @@ if(NOT result EQUAL 0)
 endif()
 if(NOT output STREQUAL expected)
   message(FATAL_ERROR "${PROGRAM} printed\n${output}\ninstead of\n${expected}")
+endif()
+if(WORK)
+  file(GLOB_RECURSE left ${WORK}/*)
+  if(left)
+    message(FATAL_ERROR "${PROGRAM} has left ${left}")
+  endif()
 endif()

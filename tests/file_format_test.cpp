@@ -53,23 +53,45 @@ void expectBytes(const std::vector<std::string>& expected, const std::string& co
   }
 }
 
-using FileFormat = TableTest;
+class FileFormat : public TableTest {
+ protected:
+  /// A table with the bytes that the document shows, which are those of a little-endian machine.
+  std::string makeShownTable(const std::vector<Column>& columns, const std::vector<Row>& rows) {
+    std::string name = makeTable(columns, rows);
+    if (std::endian::native != std::endian::little) {
+      OtherByteOrder(directory, name).reverse();
+    }
+    return name;
+  }
+
+  const std::vector<std::vector<std::string>> dumps = documentedDumps();
+};
 
 TEST_F(FileFormat, IsWhatTheDocumentShows) {
   const std::string name =
-      makeTable({{"id", zvbTypeInteger}, {"city", zvbTypeString, 20}},
-                {row({std::int64_t{1}, std::string("Lisbon")}), row({std::int64_t{2}, {}})});
-  if (std::endian::native != std::endian::little) {  // which the document shows
-    OtherByteOrder(directory, name).reverse();
-  }
-  const auto dumps = documentedDumps();
-  ASSERT_EQ(3U, dumps.size());
+      makeShownTable({{"id", zvbTypeInteger}, {"city", zvbTypeString, 20}},
+                     {row({std::int64_t{1}, std::string("Lisbon")}), row({std::int64_t{2}, {}})});
+  ASSERT_EQ(4U, dumps.size());
   for (const std::string& file : directory.names()) {
     const std::string content = TemporaryDirectory::read(directory.file(file));
     expectBytes(file == name                 ? dumps[0]
                 : file.starts_with("zvwte_") ? dumps[1]
                                              : dumps[2],
                 content);
+  }
+}
+
+TEST_F(FileFormat, HasValuesAsTheDocumentShows) {
+  makeShownTable({{"flag", zvbTypeBoolean},
+                  {"day", zvbTypeDate},
+                  {"price", zvbTypeReal},
+                  {"due", zvbTypeDate}},
+                 {row({true, std::string("2024-02-29 12:00"), -12.5, std::string("soon")})});
+  ASSERT_EQ(4U, dumps.size());
+  for (const std::string& file : directory.names()) {
+    if (file.starts_with("zvwte_")) {
+      expectBytes(dumps[3], TemporaryDirectory::read(directory.file(file)));
+    }
   }
 }
 
