@@ -100,24 +100,47 @@ class RealFiles(unittest.TestCase):
             values = json.loads(line, parse_int=str, parse_float=str)
             self.assertEqual(values, dict(zip(header, row)))
 
-    def check_order(
-        self, table: str, header: Sequence[str], rows: list[Row], keys: Sequence[str]
-    ) -> None:
-        """What SQLite orders by the same keys, rows with equal ones as they came."""
+    def database_of(
+        self, table: str, header: Sequence[str], rows: list[Row]
+    ) -> sqlite3.Connection:
+        """The rows in a table "t" of SQLite, with the types that the tool has found."""
         types = self.types_of(table)
         columns = ", ".join(
             f'"{name}" {"INTEGER" if types[name] == "int" else "TEXT"}' for name in header
         )
         database = sqlite3.connect(":memory:")
+        self.addCleanup(database.close)
         database.execute(f"CREATE TABLE t ({columns})")
         marks = ", ".join("?" * len(header))
         database.executemany(f"INSERT INTO t VALUES ({marks})", rows)
+        return database
+
+    def selected(self, database: sqlite3.Connection, header: Sequence[str], rest: str) -> str:
+        result = database.execute(f"SELECT * FROM t {rest}").fetchall()
+        texts = [[None if value is None else str(value) for value in row] for row in result]
+        return csv_text([header, *texts])
+
+    def check_order(
+        self, table: str, header: Sequence[str], rows: list[Row], keys: Sequence[str]
+    ) -> None:
+        """What SQLite orders by the same keys, rows with equal ones as they came."""
+        database = self.database_of(table, header, rows)
         by = ", ".join(f'"{key}" NULLS FIRST' for key in keys)
-        ordered = database.execute(f"SELECT * FROM t ORDER BY {by}, rowid").fetchall()
-        texts = [[None if value is None else str(value) for value in row] for row in ordered]
-        database.close()
         result = self.tool("sort", "--memory", "64K", "--by", ",".join(keys), table)
-        self.assertEqual(self.export(result.decode().rstrip()), csv_text([header, *texts]))
+        self.assertEqual(
+            self.export(result.decode().rstrip()),
+            self.selected(database, header, f"ORDER BY {by}, rowid"),
+        )
+
+    def check_choice(
+        self, table: str, header: Sequence[str], rows: list[Row], *conditions: str, query: str
+    ) -> None:
+        """The rows that satisfy conditions, beside those of a condition of SQLite's."""
+        database = self.database_of(table, header, rows)
+        options = [f"--where={condition}" for condition in conditions]
+        expected = self.selected(database, header, f"WHERE {query} ORDER BY rowid")
+        self.assertGreater(expected.count("\n"), 1)
+        self.assertEqual(self.export(table, *options), expected)
 
     def test_package_lists(self) -> None:
         header = ["package", "version", "size", "section", "depends", "description"]
@@ -126,6 +149,15 @@ class RealFiles(unittest.TestCase):
         table = self.check_rows(header, rows, ["section", "size", "package"])
         self.assertEqual(self.types_of(table)["size"], "int")
         self.assertEqual(int(self.tool("count", table)), len(rows))
+        self.check_choice(
+            table,
+            header,
+            rows,
+            "size >= 1000",
+            "section != admin",
+            "description ~ ibrary",
+            query="size >= 1000 AND section <> 'admin' AND instr(description, 'ibrary')",
+        )
         self.check_texts_as_sort_does(table, "package")
 
     def check_texts_as_sort_does(self, table: str, column: str) -> None:
@@ -164,6 +196,14 @@ class RealFiles(unittest.TestCase):
         rows = [(line.split("\t") + [None] * 3)[:4] for line in lines]
         self.assertEqual(self.export(table, "--delimiter", "tab"), csv_text(rows, "\t"))
         self.check_order(table, header, rows[1:], ["comments", "zone"])
+        self.check_choice(
+            table,
+            header,
+            rows[1:],
+            "comments is not null",
+            "zone < 'Asia/'",
+            query="comments IS NOT NULL AND zone < 'Asia/'",
+        )
 
     def test_unicode_data(self) -> None:
         text = UNICODE_DATA.read_text(encoding="utf-8")

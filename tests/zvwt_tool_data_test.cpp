@@ -193,6 +193,78 @@ TEST_F(ToolData, WritesAnObjectOfJsonForEachRow) {
   EXPECT_EQ(refusal("export", {"--format", "jsonl", "--null", "-", table}), 2);
 }
 
+TEST_F(ToolData, TakesTheRowsThatSatisfyConditions) {
+  const std::string table = import(
+      "k,i,r,d,b,t,u=1\n"
+      "a,-5,1.50,2024-02-29,true,x,1\n"
+      "b,7,-2,2024-02-29T10:00:00,false,\"\",2\n"
+      "c,,,,,,\n"
+      "d,70,1e3,0001-01-01,true,Xy is null,3\n",
+      {"--type", "r=real", "--type", "d=date"});
+  const std::vector<std::pair<Words, std::string>> cases = {
+      {{"i>-5"}, "bd"},
+      {{"i <= 7"}, "ab"},
+      {{"i!=7"}, "ad"},
+      {{"i<>7.0"}, "ad"},
+      {{"R=1.5"}, "a"},
+      {{"r==1000"}, "d"},
+      {{"d=2024-02-29"}, "a"},
+      {{"d~2024-"}, "ab"},
+      {{"b=TRUE"}, "ad"},
+      {{"b>0"}, "ad"},
+      {{"t="}, "b"},
+      {{"t = 'x'"}, "a"},
+      {{"t>=\"x\""}, "a"},
+      {{"t~y"}, "d"},
+      {{"t=Xy is null"}, "d"},
+      {{"t is null"}, "c"},
+      {{"T IS NOT NULL", "i>0", "i>=70"}, "d"},
+      {{"u=1=3"}, "d"},
+      {{"u=1!=3"}, "ab"},
+      {{"i is null", "i=7"}, ""},
+  };
+  for (const auto& [conditions, rows] : cases) {
+    Words options = {"--select", "k", "--no-header"};
+    for (const std::string& condition : conditions) {
+      options.insert(options.end(), {"--where", condition});
+    }
+    std::string keys = exported(table, options);
+    std::erase(keys, '\n');
+    EXPECT_EQ(keys, rows) << testing::PrintToString(conditions);
+  }
+  for (const char* condition : {"i", "", "=1", "x=1", "i=x", "i=7.5", "d=2024", "i is nul", "i="}) {
+    EXPECT_EQ(refusal("export", {"--where", condition, table}), 2) << condition;
+  }
+  EXPECT_EQ(refusal("export", {"--where", "i>0", "--format", "xml", table}), 2);
+  EXPECT_EQ(run("count", {"--where", "K=1 is null", "--where", " z = 1", table}).errors,
+            "zvwt: --where: the table has no column \"z\"\n");
+}
+
+TEST_F(ToolData, KnowsConditionsWhereverRowsAreRead) {
+  const std::string table = import("n,t\n1,a\n2,b\n3,a\n4,a\n", {"--width", "t=3"});
+  const Words where = {"--where", "t=a"};
+  const auto with = [&where](Words options) {
+    options.insert(options.end(), where.begin(), where.end());
+    return options;
+  };
+  EXPECT_EQ(run("count", with({table})).output, "3\n");
+  EXPECT_EQ(run("count", with({"--rows", "1,2", table})).output, "1\n");
+  EXPECT_EQ(exported(table, with({"--backwards", "--format", "jsonl", "--select", "n"})),
+            "{\"n\":4}\n{\"n\":3}\n{\"n\":1}\n");
+  const Outcome shown = run("head", with({"-n", "2", "--select", "n", table}));
+  EXPECT_EQ(shown.output, "n\n-\n1\n3\n");
+  EXPECT_EQ(shown.errors, "zvwt: up to 1 more row\n");
+
+  const std::string uri = "zvwt:" + table + "?rows=1,3&col=x,n&col=t";
+  const std::string copy = nameIn(run("copy", with({uri})));
+  EXPECT_EQ(exported(copy), "x,t\n3,a\n4,a\n");
+  EXPECT_EQ(run("append", {copy, uri}).exitCode, 0);  // of the same widths
+  const std::size_t files = tables_.names().size();
+  EXPECT_EQ(refusal("copy", {"--where", "x=1", uri}), 2);
+  EXPECT_EQ(refusal("copy", with({"--select", "n,n", table})), 2);
+  EXPECT_EQ(tables_.names().size(), files);
+}
+
 TEST_F(ToolData, RefusesFormsThatCannotBeReadBack) {
   const std::string table = import("a\n1\n");
   const std::string file = files_.write("in.csv", "a\n1\n");

@@ -4,28 +4,11 @@
 #include <new>
 
 #include "Failure.h"
+#include "ValueOrder.h"
 #include "ZvwtHandles.h"
 
 namespace zvwttool {
 namespace {
-
-/// Of two values of one type that are not null. Dates compare by their days, texts by their bytes.
-bool isLess(const ZvbDatavar& left, const ZvbDatavar& right) {
-  bool failed = false;
-  switch (left.type()) {
-    case zvbTypeBoolean:
-      return !left.asBool(&failed) && right.asBool(&failed);
-    case zvbTypeInteger:
-      return left.asInt64(&failed) < right.asInt64(&failed);
-    case zvbTypeReal:
-      return left.asReal(&failed).compare(right.asReal(&failed)) < 0;
-    case zvbTypeDate:
-      return left.asDate().days() < right.asDate().days();
-    case zvbTypeString:
-      break;
-  }
-  return left.asTextView() < right.asTextView();
-}
 
 void keep(const ZvbDatavar& value, ZvbDatavar* kept) {
   *kept = value;
@@ -43,10 +26,10 @@ void add(const ZvbDatavar& value, ColumnFacts* facts) {
     const auto size = static_cast<std::int64_t>(value.asTextView().size());
     facts->longest = std::max(facts->longest, size);
   }
-  if (facts->minimum.isNull() || isLess(value, facts->minimum)) {
+  if (facts->minimum.isNull() || compareValues(value, facts->minimum) < 0) {
     keep(value, &facts->minimum);
   }
-  if (facts->maximum.isNull() || isLess(facts->maximum, value)) {
+  if (facts->maximum.isNull() || compareValues(value, facts->maximum) > 0) {
     keep(value, &facts->maximum);
   }
 }

@@ -56,6 +56,7 @@ struct SourceOptions {
 
 struct ReadOptions {
   SourceOptions source;
+  std::vector<std::string> conditions;  ///< that a row has to satisfy, see Condition.h
   bool backwards = false;
 };
 
@@ -85,7 +86,7 @@ struct ListOptions {
 };
 
 struct CopyOptions {
-  SourceOptions source;
+  ReadOptions read;                 ///< forwards
   std::int64_t maxElementSize = 0;  ///< bytes, 0 for no limit
 };
 
@@ -129,8 +130,8 @@ struct DeleteOptions {
 [[nodiscard]] ExitCode runImport(ZvWorkTableManager& manager, const ImportOptions& options);
 /// Prints rows for people.
 [[nodiscard]] ExitCode runShow(ZvWorkTableManager& manager, const ShowOptions& options);
-/// Prints the number of a source's rows, which are not read.
-[[nodiscard]] ExitCode runCount(ZvWorkTableManager& manager, const SourceOptions& options);
+/// Prints the number of rows, which are read only when they have to satisfy conditions.
+[[nodiscard]] ExitCode runCount(ZvWorkTableManager& manager, const ReadOptions& options);
 /// Prints rows as CSV, see CsvWriter.h, or as JSON lines, see JsonLinesWriter.h, or all columns of
 /// them as the library's XML document.
 [[nodiscard]] ExitCode runExport(ZvWorkTableManager& manager, const ExportOptions& options);
@@ -138,8 +139,7 @@ struct DeleteOptions {
 [[nodiscard]] ExitCode runInfo(ZvWorkTableManager& manager, const InfoOptions& options);
 /// Prints which tables are in the manager's directories; a failure is what is wrong with any.
 [[nodiscard]] ExitCode runList(ZvWorkTableManager& manager, const ListOptions& options);
-/// Makes a table of a source's rows and columns and prints its name. Whatever fails, nothing stays
-/// behind.
+/// Makes a table of rows and prints its name. Whatever fails, nothing stays behind.
 [[nodiscard]] ExitCode runCopy(ZvWorkTableManager& manager, const CopyOptions& options);
 /// Makes a sorted table of a source's rows and columns and prints its name. Rows with equal keys
 /// keep their order. Whatever fails, nothing stays behind.

@@ -37,7 +37,9 @@ void writeRows(TableRows* rows, OutputBuffer* output, Writer* writer) {
     progress.hide();  // the rows themselves are seen
   }
   while (!output->failed() && rows->next()) {
-    writeRow(*rows, writer);
+    if (rows->isWanted()) {
+      writeRow(*rows, writer);
+    }
     progress.update(all - rows->remaining());
   }
 }
@@ -59,11 +61,16 @@ void writeJsonLines(TableRows* rows, OutputBuffer* output) {
   }
 }
 
-/// The document has the table's columns whatever was selected, and their names as they are.
+/// The document has the table's columns whatever was selected, their names as they are, and all
+/// rows.
 void writeXml(TableRows* rows, OutputBuffer* output) {
   if (!rows->source().isOfAllColumns()) {
     throw Failure(ExitCode::usage,
                   "XML has all columns of a table: make a copy with the columns that you want");
+  }
+  if (rows->hasConditions()) {
+    throw Failure(ExitCode::usage,
+                  "XML has all rows that are read: make a copy with those that you want");
   }
   for (const TableRows::Column& column : rows->columns()) {
     if (column.name.find_first_of("&<") != std::string::npos) {

@@ -34,7 +34,7 @@ TextGrid makeGrid(const TableRows& rows, std::size_t widthLimit) {
 
 void addRows(TableRows* rows, std::int64_t limit, TextGrid* grid) {
   ValueText valueText;
-  for (std::int64_t row = 0; row < limit && rows->next(); ++row) {
+  for (std::int64_t row = 0; row < limit && rows->nextWanted(); ++row) {
     for (std::size_t column = 0; column < rows->columns().size(); ++column) {
       addValueCell(rows->value(column), &valueText, grid);
     }
@@ -51,7 +51,8 @@ void sayWhatIsMissing(const TableRows& rows, std::size_t columnsLeftOut) {
                              : " columns do not fit; --wide or --select shows them"));
   }
   if (rows.remaining() > 0) {
-    say(std::to_string(rows.remaining()) + (rows.remaining() == 1 ? " more row" : " more rows"));
+    say((rows.hasConditions() ? "up to " : "") + std::to_string(rows.remaining()) +
+        (rows.remaining() == 1 ? " more row" : " more rows"));
   }
 }
 

@@ -172,6 +172,14 @@ ZvbString Source::uri(const RowRange& rows) const {
   return build(getWorkTableURIFromComponents(table_, rows.firstRow, rows.rowCount));
 }
 
+ZvbString Source::uriWith(const std::vector<std::string>& moreColumns) const {
+  Source wider = *this;
+  for (const std::string& name : moreColumns) {
+    wider.columns_.push_back({.name = name.c_str(), .second = {}, .type = 0});
+  }
+  return wider.uri();
+}
+
 ZvbString Source::build(ZvWorkTableURI* started) const {
   const zvwt::TableUri uri(started);
   bool complete = uri != nullptr;

@@ -36,6 +36,8 @@ class Source {
   /// The URI of the source, and that of other rows of its table with the same columns.
   [[nodiscard]] ZvbString uri() const;
   [[nodiscard]] ZvbString uri(const RowRange& rows) const;
+  /// The URI of the source with more columns of its table behind its own.
+  [[nodiscard]] ZvbString uriWith(const std::vector<std::string>& moreColumns) const;
 
   [[nodiscard]] const ZvbString& table() const { return table_; }
   [[nodiscard]] const std::vector<Column>& columns() const { return columns_; }

@@ -1,20 +1,45 @@
 #include "TableRows.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace zvwttool {
 
+namespace {
+
+std::vector<ConditionParts> readConditions(const std::vector<std::string>& texts,
+                                           const Source& source) {
+  std::vector<ConditionParts> conditions;
+  for (const std::string& text : texts) {
+    conditions.push_back(readCondition(text, source.columnsOfTable()));
+  }
+  return conditions;
+}
+
+}  // namespace
+
 // Read backwards, the library begins at the table's last row whatever the range's row count says:
 // the rows above the range are passed over here.
 TableRows::TableRows(ZvWorkTableManager& manager, const ReadOptions& options)
-    : source_(manager, options.source),
-      table_(openTable(manager, source_.uri(), options.backwards)) {
+    : source_(manager, options.source) {
+  const AllParts conditions = readConditions(options.conditions, source_);
+  table_ = open(manager, source_, conditions, options.backwards);
   describeColumns();
+  prepareConditions(conditions);
   const RowRange rows = source_.rows();
   remaining_ = rows.rowCount;
   if (options.backwards && remaining_ > 0) {
     passOver(table_->getRowCount() - rows.firstRow - rows.rowCount);
   }
+}
+
+TableHandle TableRows::open(ZvWorkTableManager& manager, const Source& source,
+                            const AllParts& conditions, bool backwards) {
+  std::vector<std::string> columns;
+  for (const ConditionParts& condition : conditions) {
+    columns.push_back(condition.column);
+  }
+  return openTable(manager, source.uriWith(columns), backwards);
 }
 
 void TableRows::describeColumns() {
@@ -27,9 +52,18 @@ void TableRows::describeColumns() {
     if (!table_->getColumnDefinition(column, &name, &type, &width, &maxLength)) {
       throw libraryFailure(table_->getErrorMessage());
     }
-    columns_.push_back({name.asCstr(), type});
+    columns_.push_back({name.asCstr(), type, width});
   }
   values_.resize(columns_.size());
+}
+
+/// The columns behind the source's own are those of the conditions, in their order.
+void TableRows::prepareConditions(const AllParts& conditions) {
+  const std::size_t own = columns_.size() - conditions.size();
+  for (std::size_t i = 0; i < conditions.size(); ++i) {
+    conditions_.emplace_back(conditions[i], columns_[own + i].type);
+  }
+  columns_.resize(own);
 }
 
 void TableRows::passOver(std::int64_t rows) {
@@ -45,6 +79,21 @@ bool TableRows::next() {
   readRow();
   --remaining_;
   return true;
+}
+
+bool TableRows::isWanted() {
+  const ZvbDatavar* value = values_.data() + columns_.size();
+  return std::all_of(conditions_.begin(), conditions_.end(),
+                     [&value](Condition& condition) { return condition.holdsFor(*value++); });
+}
+
+bool TableRows::nextWanted() {
+  while (next()) {
+    if (isWanted()) {
+      return true;
+    }
+  }
+  return false;
 }
 
 ZvbString TableRows::readAsXml() {

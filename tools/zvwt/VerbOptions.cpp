@@ -49,9 +49,20 @@ void addSource(CLI::App* verb, const char* position, SourceOptions* source) {
   addSelect(verb, source);
 }
 
+void addConditions(CLI::App* verb, ReadOptions* read) {
+  verb->add_option("--where", read->conditions,
+                   "only rows that satisfy it: COLUMN=VALUE, or another one of != < <= > >= and ~, "
+                   "which means that the value is a part of the text; COLUMN is null, or COLUMN is "
+                   "not null. Quotes around a value are not a part of it, and a null satisfies no "
+                   "comparison. May be given again: a row has to satisfy all")
+      ->allow_extra_args(false)
+      ->type_name("CONDITION");
+}
+
 void addReadOptions(CLI::App* verb, ReadOptions* read) {
   addSource(verb, "TABLE", &read->source);
   addRows(verb, &read->source);
+  addConditions(verb, read);
   verb->add_flag("--backwards", read->backwards, "the last of the rows first");
 }
 

@@ -33,7 +33,9 @@ void addTable(CLI::App* verb, const char* position, SourceOptions* source);
 /// The same, and which of its columns.
 void addSource(CLI::App* verb, const char* position, SourceOptions* source);
 void addRows(CLI::App* verb, SourceOptions* source);
-/// A table, its columns, rows and direction.
+/// Which rows are wanted by what they are like.
+void addConditions(CLI::App* verb, ReadOptions* read);
+/// A table, its columns, rows, conditions and direction.
 void addReadOptions(CLI::App* verb, ReadOptions* read);
 /// How a CSV text is written; the descriptions are of --null and --no-header.
 void addCsvForm(CLI::App* verb, const char* aboutNull, const char* aboutHeader, CsvForm* form);

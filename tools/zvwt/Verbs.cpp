@@ -76,10 +76,12 @@ void addCopy(CLI::App* app, Invocation* invocation) {
       addVerb(app, invocation,
               {"copy", making, "Copies a table and prints the name of the new one",
                "  zvwt copy \"$table\"\n"
-               "  zvwt copy --select name,year=born --rows 0,1000 \"$table\"\n"},
+               "  zvwt copy --select name,year=born --rows 0,1000 \"$table\"\n"
+               "  zvwt copy --where 'born is not null' --where 'city!=Rome' \"$table\"\n"},
               runCopy);
-  addSource(verb, "TABLE", &given->source);
-  addRows(verb, &given->source);
+  addSource(verb, "TABLE", &given->read.source);
+  addRows(verb, &given->read.source);
+  addConditions(verb, &given->read);
   addMaxElementSize(verb, &given->maxElementSize);
   addQuiet(verb);
 }
@@ -148,20 +150,23 @@ void addCount(CLI::App* app, Invocation* invocation) {
   const auto [verb, given] = addVerb(app, invocation,
                                      {"count", reading, "Prints the number of a table's rows",
                                       "  zvwt count \"$table\"\n"
+                                      "  zvwt count --where 'city=Rome' \"$table\"\n"
                                       "  zvwt partition \"$table\" 4 | xargs -n 1 zvwt count\n"},
                                      runCount);
-  addTable(verb, "TABLE", given);
-  addRows(verb, given);
+  addTable(verb, "TABLE", &given->source);
+  addRows(verb, &given->source);
+  addConditions(verb, given);
 }
 
 void addExport(CLI::App* app, Invocation* invocation) {
-  const auto [verb, given] = addVerb(app, invocation,
-                                     {"export", reading, "Prints a table as CSV, JSON or XML",
-                                      "  zvwt export \"$table\" > people.csv\n"
-                                      "  zvwt export --select name,born --rows 0,100 \"$table\"\n"
-                                      "  zvwt export --format jsonl \"$table\" | jq .name\n"
-                                      "  zvwt export --format xml \"$table\"\n"},
-                                     runExport);
+  const auto [verb, given] =
+      addVerb(app, invocation,
+              {"export", reading, "Prints a table as CSV, JSON or XML",
+               "  zvwt export \"$table\" > people.csv\n"
+               "  zvwt export --select name,city --where 'born>=1900' \"$table\"\n"
+               "  zvwt export --format jsonl \"$table\" | jq .name\n"
+               "  zvwt export --format xml \"$table\"\n"},
+              runExport);
   addReadOptions(verb, &given->read);
   const std::map<std::string, ExportFormat> formats = {
       {"csv", ExportFormat::csv}, {"jsonl", ExportFormat::jsonLines}, {"xml", ExportFormat::xml}};
