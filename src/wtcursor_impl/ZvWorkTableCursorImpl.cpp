@@ -184,17 +184,18 @@ int ZvWorkTableCursorImpl::readTexts(int maxRows, const char** texts) noexcept {
   return row;
 }
 
-/// The rows are made anew when their texts have become large, so that these do not add up.
+/// The rows are made anew when more are asked for than before, and when their texts have become
+/// large, so that these do not add up.
 bool ZvWorkTableCursorImpl::makeBatch(int maxRows) noexcept {
-  if (batch_ != nullptr && longBytes_ <= batchTextLimit) {
+  const int columns = table_->getColumnCount();
+  const int rows = std::clamp(batchValueLimit / std::max(columns, 1), 1, std::max(maxRows, 1));
+  if (batch_ != nullptr && rows <= batchRows_ && longBytes_ <= batchTextLimit) {
     return true;
   }
   batch_.reset();
   longBytes_ = 0;
-  const int columns = table_->getColumnCount();
-  batchRows_ = std::clamp(batchValueLimit / std::max(columns, 1), 1, std::max(maxRows, 1));
-  const std::size_t values =
-      static_cast<std::size_t>(batchRows_) * static_cast<std::size_t>(columns);
+  batchRows_ = rows;
+  const std::size_t values = static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns);
   batch_.reset(new (std::nothrow) ZvbDatavar[values]);
   return batch_ != nullptr || fail(WT_MESSAGE(noMemoryForRow));
 }
