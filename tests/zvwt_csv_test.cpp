@@ -28,6 +28,7 @@ std::vector<Row> readAll(const TemporaryDirectory& directory, const std::string&
                          std::string* error, const CsvForm& form = {},
                          CsvReader::ShortRows shortRows = CsvReader::ShortRows::refused) {
   std::vector<Row> rows;
+  ZvbDatavar value;
   try {
     CsvInput input(directory.write("in.csv", text), {directory.path()});
     CsvReader reader(&input, form, shortRows);
@@ -36,7 +37,9 @@ std::vector<Row> readAll(const TemporaryDirectory& directory, const std::string&
     while (reader.readRow()) {
       Row& row = rows.emplace_back();
       for (std::size_t column = 0; column < reader.columnNames().size(); ++column) {
-        row.push_back(reader.isNull(column) ? null : std::string(reader.text(column)));
+        EXPECT_TRUE(readField(reader.text(column), zvbTypeString, &value));
+        row.emplace_back(reader.isNull(column) ? null : value.asString().asCstr());
+        EXPECT_FALSE(value.isNull());
       }
     }
   } catch (const Failure& failure) {
@@ -278,6 +281,8 @@ TEST(FieldValue, GivenTypesLoseNothingSilently) {
   EXPECT_FALSE(readField("2", zvbTypeBoolean, &value));
   EXPECT_FALSE(readField("", zvbTypeReal, &value));
   EXPECT_FALSE(readField("2023-02-29", zvbTypeDate, &value));
+  EXPECT_TRUE(readField("2024-02-29T03:04:05.1230", zvbTypeDate, &value));
+  EXPECT_FALSE(readField("2024-02-29T03:04:05.1234", zvbTypeDate, &value));
 }
 
 TEST(Progress, FitsTheTerminal) {

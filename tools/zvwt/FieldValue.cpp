@@ -30,14 +30,27 @@ bool readReal(std::string_view text, ZvbDatavar* value) {
   return !failed;
 }
 
+/// A text that is empty may lie nowhere, which would make a null of it.
+void assignText(std::string_view text, ZvbDatavar* value) {
+  value->assign(text.empty() ? "" : text.data(), text.size());
+}
+
+/// Whether a date has more than the milliseconds that are kept of it.
+bool hasFinerTime(std::string_view text) {
+  constexpr std::size_t keptDigits = 3;
+  const std::size_t point = text.find('.');
+  return point != std::string_view::npos &&
+         text.find_first_of("123456789", point + 1 + keptDigits) != std::string_view::npos;
+}
+
 bool readDate(std::string_view text, ZvbDatavar* value) {
-  bool failed = false;
+  bool failed = hasFinerTime(text);
   value->assign(ZvbDate::fromText(text, &failed));
   return !failed;
 }
 
 bool readBoolean(std::string_view text, ZvbDatavar* value) {
-  value->assign(text.data(), text.size());
+  assignText(text, value);
   return value->setType(zvbTypeBoolean);
 }
 
@@ -72,7 +85,7 @@ bool readField(std::string_view text, zvbType type, ZvbDatavar* value) {
     case zvbTypeString:
       break;
   }
-  value->assign(text.data(), text.size());
+  assignText(text, value);
   return true;
 }
 

@@ -15,7 +15,8 @@ namespace zvwttool {
 [[nodiscard]] const char* typeWord(zvbType type);
 
 /// Puts what `text` means as a value of the type into *value. False when it means none: unlike the
-/// library's own conversion, an integer loses no fraction here.
+/// library's own conversion, an integer loses no fraction here, and a date no part of a
+/// millisecond.
 [[nodiscard]] bool readField(std::string_view text, zvbType type, ZvbDatavar* value);
 
 /// Writes a date as `YYYY-MM-DD`, followed by `THH:MM:SS.mmm` when there is a time of day; its size
