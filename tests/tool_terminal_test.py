@@ -7,6 +7,7 @@ import os
 import pathlib
 import re
 import signal
+import subprocess
 import tempfile
 import time
 import unittest
@@ -150,6 +151,25 @@ class ToolInATerminal(unittest.TestCase):
         quiet = Terminal("import", "-q", "--dir", str(self.tables), path)
         self.assertEqual(quiet.finish(), 0)
         self.assertRegex(quiet.raw, r"^zvwt_\S+\r\n$")
+
+    def test_keeps_data_from_streams_that_are_closed(self) -> None:
+        """A file must not become the stream that the tool was started without."""
+        data = pathlib.Path(self.large_file(60_000))
+        verb = f'exec "$0" import --dir {self.tables} -'
+        with data.open("rb") as rows:
+            made = subprocess.run(
+                ["sh", "-c", f"cat | {verb} 2>&-", TOOL], stdin=rows, stdout=subprocess.PIPE
+            )
+        self.assertEqual(made.returncode, 0)
+        table = made.stdout.decode().rstrip()
+        words = [TOOL, "export", "--dir", str(self.tables), table]
+        self.assertEqual(subprocess.run(words, capture_output=True).stdout, data.read_bytes())
+        for closed in ("<&-", ">&-"):
+            failed = subprocess.run(
+                ["sh", "-c", f"cat {data} | {verb} {closed}", TOOL], capture_output=True
+            )
+            self.assertEqual(failed.returncode, 5, failed.stderr)
+        self.assertEqual(subprocess.run(words, capture_output=True).returncode, 0)
 
     def test_leaves_nothing_when_it_is_interrupted(self) -> None:
         path = self.large_file(2_000_000)

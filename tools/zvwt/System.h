@@ -9,8 +9,9 @@
 
 namespace zvwttool {
 
-/// Before anything else: data pass through the standard streams byte for byte, and a reader that
-/// closes a pipe is met as a failed write, so that commands can still clean up.
+/// Before anything else: data pass through the standard streams byte for byte, a reader that closes
+/// a pipe is met as a failed write, so that commands can still clean up, and no file that is opened
+/// takes the place of a stream that the tool was started without.
 void prepareStreams() noexcept;
 
 /// Ends the tool as one that a signal has ended, so that whoever started it can tell. May be called
@@ -22,7 +23,8 @@ void prepareStreams() noexcept;
 
 enum class OutputStream { output, errors };
 
-/// The columns of the terminal that a stream is; 0 when it is none.
+/// The columns of the terminal that a stream is; 0 when it is none. On POSIX the environment's
+/// COLUMNS counts where a terminal does not tell.
 [[nodiscard]] int terminalWidth(OutputStream stream) noexcept;
 
 /// Has the terminal that standard output is take the sequences for bold and dim text; false when it

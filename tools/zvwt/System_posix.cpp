@@ -37,9 +37,23 @@ int widthOfEnvironment() noexcept {
   return isNumber && width > 0 ? width : 0;
 }
 
+/// A stream that the tool was started without must not be the next file that is opened. What takes
+/// its place fails as a closed one does, but for words, which are lost.
+void occupyStreams() noexcept {
+  constexpr int modes[] = {O_WRONLY, O_RDONLY, O_WRONLY};  // of input, output, errors
+  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+    if (fcntl(stream, F_GETFD) < 0) {
+      (void)open("/dev/null", modes[stream]);  // NOLINT(cppcoreguidelines-pro-type-vararg)
+    }
+  }
+}
+
 }  // namespace
 
-void prepareStreams() noexcept { (void)std::signal(SIGPIPE, SIG_IGN); }
+void prepareStreams() noexcept {
+  (void)std::signal(SIGPIPE, SIG_IGN);
+  occupyStreams();
+}
 
 void endBySignal(int signal) noexcept {
   sigset_t blocked;  // as it is while its handler runs

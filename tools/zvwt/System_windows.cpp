@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <random>
 
 #include "System.h"
@@ -38,8 +39,12 @@ void prepareStreams() noexcept {
   for (std::FILE* stream : {stdin, stdout}) {
     (void)_setmode(_fileno(stream), _O_BINARY);
   }
-  // Counts for consoles only; files and pipes get the bytes as they are.
-  (void)SetConsoleOutputCP(CP_UTF8);
+  // Counts for consoles only; files and pipes get the bytes as they are. The console goes on with
+  // the code page that it had.
+  static const UINT earlier = GetConsoleOutputCP();
+  if (earlier != 0 && SetConsoleOutputCP(CP_UTF8) != 0) {
+    (void)std::atexit([] { (void)SetConsoleOutputCP(earlier); });
+  }
 }
 
 // The runtime's own end by a signal has the exit code 3, which means something else here.
@@ -101,7 +106,13 @@ std::FILE* openNamelessFile(const std::string& directory) {
   const int descriptor = _wsopen(
       path.c_str(), _O_RDWR | _O_CREAT | _O_EXCL | _O_TEMPORARY | _O_SHORT_LIVED | _O_BINARY,
       _SH_DENYRW, _S_IREAD | _S_IWRITE);
-  return descriptor >= 0 ? _fdopen(descriptor, "w+b") : nullptr;
+  std::FILE* const file = descriptor >= 0 ? _fdopen(descriptor, "w+b") : nullptr;
+  if (file == nullptr && descriptor >= 0) {
+    const int reason = errno;
+    (void)_close(descriptor);
+    errno = reason;
+  }
+  return file;
 }
 
 }  // namespace zvwttool
