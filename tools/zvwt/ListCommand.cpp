@@ -93,6 +93,9 @@ class Search {
 bool isBeingWritten(const std::filesystem::path& path) {
   std::array<char, 32> start{};
   std::ifstream file(path, std::ios::binary);
+  if (!file.is_open()) {
+    return false;
+  }
   file.read(start.data(), start.size());
   const bool isWhole = file.gcount() == static_cast<std::streamsize>(start.size());
   return file.gcount() == 0 ||
