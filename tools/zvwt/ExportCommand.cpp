@@ -7,6 +7,7 @@
 #include "Progress.h"
 #include "System.h"
 #include "TableRows.h"
+#include "XmlText.h"
 
 namespace zvwttool {
 namespace {
@@ -78,7 +79,11 @@ void writeXml(TableRows* rows, OutputBuffer* output) {
                     "column " + quotedName(column.name) + ": XML cannot have the name as it is");
     }
   }
-  output->append(rows->readAsXml().asView());
+  const ZvbString document = rows->readAsXml();
+  if (const std::string_view text = textThatIsNoXml(document.asView()); !text.empty()) {
+    throw Failure(ExitCode::usage, "XML cannot have the text " + quotedName(text));
+  }
+  output->append(document.asView());
   output->append('\n');
 }
 
@@ -91,6 +96,7 @@ ExitCode runExport(ZvWorkTableManager& manager, const ExportOptions& options) {
                   "--delimiter, --null, --no-header and --crlf are for CSV and nothing else");
   }
   TableRows rows(manager, options.read);
+  rows.source().requireColumns();
   OutputBuffer output;
   switch (options.format) {
     case ExportFormat::csv:
