@@ -265,6 +265,20 @@ TEST_F(ToolData, KnowsConditionsWhereverRowsAreRead) {
   EXPECT_EQ(tables_.names().size(), files);
 }
 
+TEST_F(ToolData, MindsWhichColumnsAUriNames) {
+  const std::string table = import("n,t\n1,a\n");
+  const std::string uri = "zvwt:" + table;
+  EXPECT_EQ(refusal("export", {uri + "?rows=0,1"}), 2);
+  EXPECT_EQ(refusal("copy", {uri}), 2);
+  EXPECT_EQ(refusal("sort", {"--by", "n", uri}), 2);
+  EXPECT_EQ(refusal("append", {table, uri}), 2);
+  EXPECT_EQ(exported(uri, {"--select", "t"}), "t\na\n");
+  EXPECT_EQ(run("count", {uri}).output, "1\n");
+  const Outcome missing = run("export", {uri + "?col=x,nn&col=n&col=5,,2"});
+  EXPECT_EQ(missing.output, "x,n,5\nnn,1,\n");
+  EXPECT_EQ(missing.errors, "zvwt: the table has no column \"nn\"\n");
+}
+
 TEST_F(ToolData, RefusesFormsThatCannotBeReadBack) {
   const std::string table = import("a\n1\n");
   const std::string file = files_.write("in.csv", "a\n1\n");
@@ -279,6 +293,9 @@ TEST_F(ToolData, RefusesFormsThatCannotBeReadBack) {
   EXPECT_EQ(refusal("export", {"--delimiter", ";", "--null", ";", table}), 2);
   EXPECT_EQ(refusal("export", {"--format", "xml", "--crlf", table}), 2);
   EXPECT_EQ(refusal("import", {"--no-header", files_.write("empty.csv", "")}), 4);
+  for (const char* text : {"\x01", "\xFF", "]]>", "\xEF\xBF\xBF"}) {
+    EXPECT_EQ(refusal("export", {"--format", "xml", import(std::string("t\nx") + text + '\n')}), 2);
+  }
 }
 
 }  // namespace

@@ -7,6 +7,8 @@ namespace zvwttool {
 
 ExitCode runAppend(ZvWorkTableManager& manager, const AppendOptions& options) {
   const Source source(manager, options.source);
+  source.requireColumns();
+  source.remarkMissingColumns();
   // The library adds all rows at once, in the end, and there is no stopping it before that.
   const LastWords words("interrupted; the table has either all of the new rows or none of them");
   ZvbString text;

@@ -8,6 +8,7 @@ namespace zvwttool {
 ExitCode runSort(ZvWorkTableManager& manager, const SortOptions& options) {
   const Source source(manager, options.source);
   source.requireDifferentNames();
+  source.remarkMissingColumns();
   const InterruptGuard guard;
   NewTable table(&manager);
   table.copySorted(source.uri(), options.maxElementSize, options.plan, source.rows().rowCount);

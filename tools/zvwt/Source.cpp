@@ -4,6 +4,7 @@
 #include <new>
 #include <string_view>
 
+#include "Diagnostics.h"
 #include "DisplayText.h"
 #include "Failure.h"
 #include "Handles.h"
@@ -137,7 +138,28 @@ void Source::select(const std::string& list) {
   }
 }
 
+bool Source::isMissing(const Column& column) const {
+  return column.type == 0 && !hasColumn(column.nameInTable());
+}
+
+void Source::requireColumns() const {
+  if (columns_.empty() && !columnsOfTable_.empty()) {
+    throw Failure(ExitCode::usage,
+                  "the URI names no columns: name each by col=NAME, or give --select");
+  }
+}
+
+void Source::remarkMissingColumns() const {
+  for (const Column& column : columns_) {
+    if (isMissing(column)) {
+      const std::string name = column.nameInTable().asCstr();
+      remark("the table has no column " + quotedName(name) + didYouMean(name, columnsOfTable_));
+    }
+  }
+}
+
 void Source::requireDifferentNames() const {
+  requireColumns();
   const std::string repeated = repeatedName();
   if (!repeated.empty()) {
     throw Failure(ExitCode::usage, "two columns would have the name " + quotedName(repeated));

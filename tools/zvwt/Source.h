@@ -18,6 +18,9 @@ class Source {
     ZvbString name;
     ZvbString second;
     std::int32_t type = 0;
+
+    /// Unless it is a constant.
+    [[nodiscard]] const ZvbString& nameInTable() const { return second.isEmpty() ? name : second; }
   };
 
   /// What is wrong with the URI that the options give, or with other options beside it; empty when
@@ -30,8 +33,12 @@ class Source {
   /// Looks at the table.
   Source(ZvWorkTableManager& manager, const SourceOptions& options);
 
-  /// What a new table is to be made of: no two of the columns may have one name.
+  /// For data to be taken out: a URI that names no columns of a table that has some is refused.
+  void requireColumns() const;
+  /// What a new table is to be made of: the same, and no two of the columns may have one name.
   void requireDifferentNames() const;
+  /// Remarks which columns the table has not: the library reads constants in place of them.
+  void remarkMissingColumns() const;
 
   /// The URI of the source, and that of other rows of its table with the same columns.
   [[nodiscard]] ZvbString uri() const;
@@ -43,6 +50,8 @@ class Source {
   [[nodiscard]] const std::vector<Column>& columns() const { return columns_; }
   [[nodiscard]] const std::vector<std::string>& columnsOfTable() const { return columnsOfTable_; }
   [[nodiscard]] bool hasColumn(const ZvbString& name) const;
+  /// Whether a column of the source is to be one of the table's, and the table has it not.
+  [[nodiscard]] bool isMissing(const Column& column) const;
   /// True when the columns are the table's, in their order and under their names.
   [[nodiscard]] bool isOfAllColumns() const { return isOfAllColumns_; }
   [[nodiscard]] bool isOfAllRows() const { return !hasRange_; }

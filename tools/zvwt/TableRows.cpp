@@ -22,6 +22,7 @@ std::vector<ConditionParts> readConditions(const std::vector<std::string>& texts
 // the rows above the range are passed over here.
 TableRows::TableRows(ZvWorkTableManager& manager, const ReadOptions& options)
     : source_(manager, options.source) {
+  source_.remarkMissingColumns();
   const AllParts conditions = readConditions(options.conditions, source_);
   table_ = open(manager, source_, conditions, options.backwards);
   describeColumns();

@@ -4,11 +4,8 @@
 #include <new>
 
 #include "CellText.h"
-#include "Diagnostics.h"
-#include "DisplayText.h"
 #include "Handles.h"
 #include "JsonWriter.h"
-#include "NearName.h"
 #include "OutputLook.h"
 
 namespace zvwttool {
@@ -53,14 +50,13 @@ ZvbDatavar constant(const ZvbString& text, zvbType type) {
 
 Explained explain(const Source& source, const Source::Column& column, zvbType type) {
   Explained explained = {.name = column.name.asCstr(), .type = type, .column = {}, .value = {}};
-  const ZvbString& own = column.second.isEmpty() ? column.name : column.second;
   if (column.type != 0) {
     explained.origin = Origin::constant;
     explained.value = constant(column.second, type);
     return explained;
   }
-  explained.column = own.asCstr();
-  if (!source.hasColumn(own)) {
+  explained.column = column.nameInTable().asCstr();
+  if (source.isMissing(column)) {
     explained.origin = Origin::missing;
     explained.value = constant(column.second, zvbTypeString);
   }
@@ -121,15 +117,6 @@ void printColumns(const std::vector<Explained>& columns, OutputBuffer* output) {
   printFitted(&grid, output);
 }
 
-void sayWhatIsMissing(const Source& source, const std::vector<Explained>& columns) {
-  for (const Explained& column : columns) {
-    if (column.origin == Origin::missing) {
-      say("the table has no column " + quotedName(column.column) +
-          didYouMean(column.column, source.columnsOfTable()));
-    }
-  }
-}
-
 void writeColumn(const Explained& column, JsonWriter* json) {
   ValueText valueText;
   json->beginObject();
@@ -154,7 +141,7 @@ void explainForPeople(ZvWorkTableManager& manager, const Source& source, OutputB
   output->append('\n');
   printColumns(columns, output);
   output->finish();
-  sayWhatIsMissing(source, columns);
+  source.remarkMissingColumns();
 }
 
 void explainInJson(ZvWorkTableManager& manager, const Source& source, OutputBuffer* output) {
@@ -175,7 +162,7 @@ void explainInJson(ZvWorkTableManager& manager, const Source& source, OutputBuff
   json.endArray();
   json.endObject();
   output->finish();
-  sayWhatIsMissing(source, columns);
+  source.remarkMissingColumns();
 }
 
 }  // namespace zvwttool
