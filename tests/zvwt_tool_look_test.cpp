@@ -108,6 +108,14 @@ TEST(DisplayText, CountsTheColumnsOfATerminal) {
   }
 }
 
+std::string repeated(const std::string& text, int times) {
+  std::string all;
+  for (int i = 0; i < times; ++i) {
+    all += text;
+  }
+  return all;
+}
+
 TEST(DisplayText, CutsBetweenCharacters) {
   const std::vector<std::tuple<std::string, std::size_t, std::string>> cases = {
       {"abcd", 3, "ab\u2026"},
@@ -121,6 +129,10 @@ TEST(DisplayText, CutsBetweenCharacters) {
       {"a\x1B[0m", 6, "a\\x1b\u2026"},
       {"a\xFF", 5, "a\\xff"},
       {"\u202Eabc\u2028\u0085\t", 40, "\\xe2\\x80\\xaeabc\\xe2\\x80\\xa8\\xc2\\x85\\t"},
+      {"e" + repeated("\u0301", 8) + "b", 2, "e" + repeated("\u0301", 8) + "b"},
+      {"e" + repeated("\u0301", 9) + "b", 10, "e" + repeated("\u0301", 8) + "\\xcc\\x81b"},
+      {"e" + repeated("\u0301", 200'000), 20,
+       "e" + repeated("\u0301", 8) + "\\xcc\\x81\\xcc\\x81\u2026"},
   };
   for (const auto& [text, limit, shown] : cases) {
     EXPECT_EQ(displayText(text, limit), shown);

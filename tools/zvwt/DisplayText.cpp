@@ -8,6 +8,7 @@ namespace zvwttool {
 namespace {
 
 constexpr std::string_view ellipsis = "\u2026";
+constexpr std::size_t mostMarks = 8;  // without a width, on one character
 
 unsigned char byteAt(std::string_view text, std::size_t index) {
   return static_cast<unsigned char>(text[index]);
@@ -84,6 +85,42 @@ std::string escaped(std::string_view bytes) {
   return text;
 }
 
+/// A character of a text, or a byte that is part of none.
+struct Piece {
+  std::string_view bytes;
+  std::string escape;  // empty where the bytes are shown as they are
+  std::size_t width = 0;
+
+  [[nodiscard]] std::string_view shown() const {
+    return escape.empty() ? bytes : std::string_view(escape);
+  }
+};
+
+class Pieces {
+ public:
+  explicit Pieces(std::string_view text) : rest_(text) {}
+
+  [[nodiscard]] bool isAtEnd() const { return rest_.empty(); }
+
+  Piece next() {
+    const std::size_t size = characterSize(rest_);
+    Piece piece = {.bytes = rest_.substr(0, std::max<std::size_t>(size, 1)), .escape = {}};
+    rest_.remove_prefix(piece.bytes.size());
+    const bool isShown = size > 0 && !isControl(codeOf(piece.bytes));
+    piece.width = isShown ? characterWidth(codeOf(piece.bytes)) : 0;
+    marks_ = isShown && piece.width == 0 ? marks_ + 1 : 0;
+    if (!isShown || marks_ > mostMarks) {
+      piece.escape = escaped(piece.bytes);
+      piece.width = piece.escape.size();
+    }
+    return piece;
+  }
+
+ private:
+  std::string_view rest_;
+  std::size_t marks_ = 0;  // since the last character that has a width
+};
+
 }  // namespace
 
 std::size_t characterSize(std::string_view text) {
@@ -103,19 +140,15 @@ std::string displayText(std::string_view text, std::size_t limit) {
   std::string shown;
   std::size_t width = 0;
   std::size_t cut = 0;  // of shown, where an ellipsis still fits
-  while (!text.empty()) {
-    const std::size_t size = characterSize(text);
-    const std::string_view bytes = text.substr(0, std::max<std::size_t>(size, 1));
-    const bool isShown = size > 0 && !isControl(codeOf(bytes));
-    const std::string piece = isShown ? std::string(bytes) : escaped(bytes);
-    width += isShown ? characterWidth(codeOf(bytes)) : piece.size();
+  for (Pieces pieces(text); !pieces.isAtEnd();) {
+    const Piece piece = pieces.next();
+    width += piece.width;
     if (width > limit) {
       shown.resize(cut);
       return shown.append(ellipsis);
     }
-    shown += piece;
+    shown += piece.shown();
     cut = width < limit ? shown.size() : cut;
-    text.remove_prefix(bytes.size());
   }
   return shown;
 }

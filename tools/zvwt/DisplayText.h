@@ -9,7 +9,8 @@ namespace zvwttool {
 
 /// The text on one line of at most `limit` columns (1 or more): control characters, also those of
 /// the direction of writing, and bytes that are no UTF-8 are escaped, and what is too long ends
-/// with an ellipsis.
+/// with an ellipsis. So is what has no width, from the ninth on that is put on one character: a
+/// few columns cannot take any number of bytes.
 [[nodiscard]] std::string displayText(std::string_view text, std::size_t limit);
 
 /// The bytes of the valid UTF-8 character at the front of a text that is not empty; 0 for none.
