@@ -209,6 +209,17 @@ TEST(TextGrid, FitsLines) {
                                    "           7  \u2026", "-12345678901  \u2026"}));
 }
 
+TEST(TextGrid, CutsNoEscapes) {
+  TextGrid grid({Kind::text, Kind::text}, 20);
+  grid.addCell("1234567\x1B[2J\u202E\u202E");
+  grid.addCell("e" + repeated("\u0301", 9));
+  EXPECT_EQ(printed(grid), "1234567\\x1b[2J\u2026  e" + repeated("\u0301", 8) + "\\xcc\\x81\n");
+  EXPECT_EQ(grid.fit(23), 0U);
+  EXPECT_EQ(printed(grid), "1234567\\x1b\u2026  e" + repeated("\u0301", 8) + "\\xcc\\x81\n");
+  EXPECT_EQ(grid.fit(21), 0U);
+  EXPECT_EQ(printed(grid), "1234567\u2026    e" + repeated("\u0301", 8) + "\\xcc\\x81\n");
+}
+
 TEST(TextGrid, HasStylesForTerminals) {
   TextGrid grid({Kind::number, Kind::text});
   grid.addCell("n");

@@ -153,6 +153,17 @@ std::string displayText(std::string_view text, std::size_t limit) {
   return shown;
 }
 
+std::size_t displayedSize(std::string_view text, std::size_t limit) {
+  std::size_t size = 0;
+  std::size_t width = 0;
+  for (Pieces pieces(text); !pieces.isAtEnd() && width <= limit;) {
+    const Piece piece = pieces.next();
+    size += piece.bytes.size();
+    width += piece.width;
+  }
+  return size;
+}
+
 std::string quotedName(std::string_view name) {
   constexpr std::size_t limit = 60;
   return '"' + displayText(name, limit) + '"';

@@ -13,6 +13,9 @@ namespace zvwttool {
 /// few columns cannot take any number of bytes.
 [[nodiscard]] std::string displayText(std::string_view text, std::size_t limit);
 
+/// The bytes at the front of the text that displayText() with this limit, or a lower one, reads.
+[[nodiscard]] std::size_t displayedSize(std::string_view text, std::size_t limit);
+
 /// The bytes of the valid UTF-8 character at the front of a text that is not empty; 0 for none.
 [[nodiscard]] std::size_t characterSize(std::string_view text);
 

@@ -49,9 +49,8 @@ TextGrid::TextGrid(const std::vector<Kind>& columns, std::size_t widthLimit)
 
 void TextGrid::addCell(std::string_view text, Style style) {
   Column& column = columns_[cells_.size() % columns_.size()];
-  std::string shown = displayText(text, widthLimit_);
-  const std::size_t width = displayWidth(shown);
-  cells_.push_back({std::move(shown), width, style});
+  const std::size_t width = displayWidth(displayText(text, widthLimit_));
+  cells_.push_back({std::string(text.substr(0, displayedSize(text, widthLimit_))), style});
   column.width = std::max(column.width, width);
   column.printedWidth = column.width;
   if (!isHeading(cells_.size() - 1)) {
@@ -137,10 +136,8 @@ void TextGrid::printRow(std::size_t firstCell, bool withStyles, OutputBuffer* ou
 void TextGrid::printCell(std::size_t index, bool withStyles, Line* line) const {
   const Cell& cell = cells_[index];
   const Column& column = columns_[index % columns_.size()];
-  const bool isCut = cell.width > column.printedWidth;
-  const std::string cut = isCut ? displayText(cell.text, column.printedWidth) : "";
-  const std::size_t width = isCut ? displayWidth(cut) : cell.width;
-  const std::size_t padding = column.printedWidth - width;
+  const std::string shown = displayText(cell.text, column.printedWidth);
+  const std::size_t padding = column.printedWidth - displayWidth(shown);
   const bool isRight = column.kind == Kind::number;
   std::string_view style;
   if (withStyles && isHeading(index)) {
@@ -149,7 +146,7 @@ void TextGrid::printCell(std::size_t index, bool withStyles, Line* line) const {
     style = dim;
   }
   line->addBlanks(isRight ? padding : 0);
-  line->addText(isCut ? cut : cell.text, style);
+  line->addText(shown, style);
   line->addBlanks(isRight ? 0 : padding);
 }
 

@@ -49,8 +49,7 @@ class TextGrid {
     std::size_t printedWidth = 0;
   };
   struct Cell {
-    std::string text;
-    std::size_t width;
+    std::string text;  // as it was added, as far as it can be seen
     Style style;
   };
   class Line;
