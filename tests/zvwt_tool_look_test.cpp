@@ -161,12 +161,15 @@ TEST(ColumnFit, LowersTheWidestColumnsAndThenLeavesOutThoseInTheMiddle) {
       {three, 24, {5, 0, 14}, 1, 1},  // 5 + 2 + the mark + 2 + 14
       {three, 18, {5, 0, 8}, 1, 1},
       {three, 17, {5, 0, 0}, 1, 2},
-      {three, 3, {5, 0, 0}, 1, 2},  // does not fit, but is there
+      {three, 7, {4, 0, 0}, 1, 2},
+      {three, 4, {1, 0, 0}, 1, 2},
+      {three, 3, {1, 0, 0}, 1, 2},  // does not fit, but is there
+      {{{30, 8}, {1, 1}}, 10, {7, 1}, 0, 0},
       {seven, 68, Widths(7, 8), 0, 0},
       {seven, 67, {9, 9, 9, 0, 9, 9, 9}, 3, 1},
       {seven, 50, {10, 10, 0, 0, 0, 10, 10}, 2, 3},
       {{{40, 8}}, 20, {20}, 0, 0},
-      {{{40, 40}}, 20, {40}, 0, 0},
+      {{{40, 40}}, 20, {20}, 0, 0},
   };
   for (const Case& fitted : cases) {
     const ColumnFit fit = fitColumns(fitted.demands, fitted.lineWidth);
@@ -204,9 +207,9 @@ TEST(TextGrid, FitsLines) {
                                "                7  \u2026  x",
                                "     -12345678901  \u2026  \u65E5\u672C\u8A9E",
                            }));
-  EXPECT_EQ(grid.fit(1), 3U);
-  EXPECT_EQ(printed(grid), joined({"number of t\u2026  \u2026", "------------  -",
-                                   "           7  \u2026", "-12345678901  \u2026"}));
+  EXPECT_EQ(grid.fit(10), 3U);
+  EXPECT_EQ(printed(grid), joined({"number\u2026  \u2026", "-------  -", "      7  \u2026",
+                                   "-12345\u2026  \u2026"}));
 }
 
 TEST(TextGrid, CutsNoEscapes) {

@@ -46,6 +46,16 @@ std::vector<std::size_t> share(const Demands& demands, std::size_t width) {
   return widths;
 }
 
+std::size_t minus(std::size_t left, std::size_t right) { return left > right ? left - right : 0; }
+
+/// The first column is always there, if need be beside nothing but the mark.
+Demands withRoomForFirst(Demands demands, std::size_t lineWidth) {
+  const std::size_t beside = demands.size() > 1 ? columnGap + leftOutMarkWidth : 0;
+  const std::size_t room = std::max<std::size_t>(minus(lineWidth, beside), 1);
+  demands[0].least = std::min(demands[0].least, room);
+  return demands;
+}
+
 /// Takes columns from both ends in turn, as long as they fit beside the mark.
 void leaveOut(const Demands& demands, std::size_t lineWidth, ColumnFit* fit) {
   std::size_t front = 1;
@@ -64,15 +74,14 @@ void leaveOut(const Demands& demands, std::size_t lineWidth, ColumnFit* fit) {
   fit->leftOut = demands.size() - front - back;
 }
 
-std::size_t minus(std::size_t left, std::size_t right) { return left > right ? left - right : 0; }
-
 }  // namespace
 
-ColumnFit fitColumns(const std::vector<ColumnDemand>& demands, std::size_t lineWidth) {
+ColumnFit fitColumns(const std::vector<ColumnDemand>& wanted, std::size_t lineWidth) {
   ColumnFit fit;
-  if (demands.empty()) {
+  if (wanted.empty()) {
     return fit;
   }
+  const Demands demands = withRoomForFirst(wanted, lineWidth);
   const std::size_t width = minus(lineWidth, columnGap * (demands.size() - 1));
   if (demands.size() == 1 || restAt(demands, 0, width) >= 0) {
     fit.widths = share(demands, width);

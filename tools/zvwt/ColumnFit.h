@@ -22,7 +22,8 @@ constexpr std::size_t columnGap = 2;         ///< blanks between columns
 constexpr std::size_t leftOutMarkWidth = 1;  ///< of the column that stands for those left out
 
 /// Fits columns into a line: the widest ones give way first; where that is not enough, columns in
-/// the middle are left out, never the first one.
-[[nodiscard]] ColumnFit fitColumns(const std::vector<ColumnDemand>& demands, std::size_t lineWidth);
+/// the middle are left out, never the first one. Where a line has no room for its least width
+/// either, the first one has less, so that lines of 4 columns and more always hold what they get.
+[[nodiscard]] ColumnFit fitColumns(const std::vector<ColumnDemand>& wanted, std::size_t lineWidth);
 
 }  // namespace zvwttool

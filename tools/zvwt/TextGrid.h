@@ -13,7 +13,8 @@ namespace zvwttool {
 
 class TextGrid {
  public:
-  /// What a column has. Only texts may be cut so that the columns fit a line.
+  /// What a column has. Only texts may be cut so that the columns fit a line, unless it has no room
+  /// for the first column alone.
   enum class Kind {
     text,
     word,    ///< to the left as texts are
