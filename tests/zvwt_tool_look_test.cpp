@@ -236,12 +236,15 @@ TEST(TextGrid, HasStylesForTerminals) {
 }
 
 TEST_F(Tool, ShowsOddTables) {
-  const std::string odd =
-      import("\u65E5\u672C,t\n\u8A9E,\u2205\n,e\u0301x\n\x1B[2J,\"\"\n\u202E,\n");
+  const std::string odd = import(
+      "\u65E5\u672C,t\n\u8A9E,\u2205\n,\"\"\"\u2205\"\"\"\n,\"\"\"\u2205\"\n,e\u0301x\n\x1B[2J,"
+      "\"\"\n\u202E,\n");
   EXPECT_EQ(run("show", {odd}).output, joined({
                                            "\u65E5\u672C          t",
-                                           "------------  ---",
+                                           "------------  -----",
                                            "\u8A9E            \"\u2205\"",
+                                           "\u2205             \"\"\u2205\"\"",
+                                           "\u2205             \"\u2205",
                                            "\u2205             e\u0301x",
                                            "\\x1b[2J",
                                            "\\xe2\\x80\\xae  \u2205",

@@ -6,8 +6,16 @@ namespace zvwttool {
 namespace {
 
 constexpr std::string_view nullMark = "\u2205";
-constexpr std::string_view quotedNullMark = "\"\u2205\"";
 constexpr std::string_view unwritableMark = "?";
+
+/// True for the mark of a null within any number of pairs of quotes, each of which needs one more
+/// to be told from the others.
+bool looksLikeNull(std::string_view text) {
+  while (text.size() > nullMark.size() && text.front() == '"' && text.back() == '"') {
+    text = text.substr(1, text.size() - 2);
+  }
+  return text == nullMark;
+}
 
 }  // namespace
 
@@ -32,7 +40,7 @@ void addValueCell(const ZvbDatavar& value, ValueText* valueText, TextGrid* grid)
   }
   const std::string_view text = valueText->of(value);
   if (value.type() == zvbTypeString) {
-    grid->addCell(text == nullMark ? quotedNullMark : text);
+    grid->addCell(looksLikeNull(text) ? '"' + std::string(text) + '"' : text);
   } else {
     grid->addCell(text.empty() ? unwritableMark : text);
   }
