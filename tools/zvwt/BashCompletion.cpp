@@ -100,11 +100,21 @@ std::string optionNames(const CLI::App& verb) {
   return names;
 }
 
-/// What stands where no option does: files for import, else tables.
+bool takesWords(const CLI::App& verb) {
+  return !verb.get_options([](const CLI::Option* option) { return option->get_positional(); })
+              .empty();
+}
+
+/// What stands where no option does: files for import, nothing for verbs that take nothing but
+/// options, else tables.
 std::string wordCase(const CLI::App& verb) {
+  const std::string begin = "    " + verb.get_name();
+  const std::string options = begin + ":-*) _zvwt_words '" + optionNames(verb) + "' ;;\n";
+  if (!takesWords(verb)) {
+    return options;
+  }
   const bool takesFile = verb.get_option_no_throw("FILE") != nullptr;
-  return "    " + verb.get_name() + ":-*) _zvwt_words '" + optionNames(verb) + "' ;;\n    " +
-         verb.get_name() + ":*) " +
+  return options + begin + ":*) " +
          (takesFile ? "_zvwt_paths -f" : "_zvwt_words \"$(_zvwt_tables)\"") + " ;;\n";
 }
 
