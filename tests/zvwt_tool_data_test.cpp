@@ -7,6 +7,7 @@
 #include <thread>
 #include <vector>
 
+#include "JsonLinesWriter.h"
 #include "support/ToolFixture.h"
 
 namespace {
@@ -191,6 +192,14 @@ TEST_F(ToolData, WritesAnObjectOfJsonForEachRow) {
   EXPECT_EQ(exported(table, {"--format", "jsonl", "--rows", "0,0"}), "");
   EXPECT_EQ(refusal("export", {"--format", "jsonl", "--select", "b,b", table}), 2);
   EXPECT_EQ(refusal("export", {"--format", "jsonl", "--null", "-", table}), 2);
+  testing::internal::CaptureStdout();
+  {
+    zvwttool::OutputBuffer output;
+    zvwttool::JsonLinesWriter writer(&output, {});
+    writer.endRow();
+    writer.endRow();
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "{}\n{}\n");
 }
 
 TEST_F(ToolData, TakesTheRowsThatSatisfyConditions) {

@@ -1,6 +1,6 @@
 #include "JsonLinesWriter.h"
 
-#include <algorithm>
+#include <unordered_set>
 
 #include "DisplayText.h"
 #include "Failure.h"
@@ -10,12 +10,13 @@ namespace zvwttool {
 
 JsonLinesWriter::JsonLinesWriter(OutputBuffer* output,
                                  const std::vector<TableRows::Column>& columns)
-    : output_(output) {
+    : output_(output), rowEnd_(columns.empty() ? "{}\n" : "}\n") {
+  std::unordered_set<std::string> names;
   for (const TableRows::Column& column : columns) {
     std::string start = ",";
     changedTexts_ += appendJsonText(column.name, &start) ? 0 : 1;
     start += ':';
-    if (std::find(starts_.begin(), starts_.end(), start) != starts_.end()) {
+    if (!names.insert(start).second) {
       throw Failure(ExitCode::usage, "two columns would have the name " + quotedName(column.name) +
                                          ", which no object of JSON can have");
     }

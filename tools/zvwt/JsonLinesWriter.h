@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "FieldValue.h"
@@ -22,7 +23,7 @@ class JsonLinesWriter {
   /// 9999.
   [[nodiscard]] bool addValue(const ZvbDatavar& value);
   void endRow() {
-    output_->append("}\n");
+    output_->append(rowEnd_);
     column_ = 0;
   }
   /// Names, and texts so far, that are no UTF-8.
@@ -31,6 +32,7 @@ class JsonLinesWriter {
  private:
   OutputBuffer* output_;
   std::vector<std::string> starts_;  // of a value: all that stands before it
+  std::string_view rowEnd_;
   std::size_t column_ = 0;
   std::int64_t changedTexts_ = 0;
   ValueText valueText_;
