@@ -167,7 +167,9 @@ TEST_F(ToolData, WritesAnObjectOfJsonForEachRow) {
   const std::string table = import(
       "i,r,d,b,\"t\"\"\\\n\u00E9\"\n"
       "-9223372036854775808,12345678901234567890123456789012345678,2024-02-29,true,\"\"\n"
-      ",-0.001,2024-02-29T13:45:10.250,false,\"\"\"\\/\n\x01\x7F\"\n"
+      ",-0.001,2024-02-29T13:45:10.250,false,\"\"\"\\/"
+      "\n\x01\x7F\u0080\u009F\u00A0\u061B\u061C\u200D\u200E\u200F"
+      "\u2028\u2029\u202A\u202E\u202F\u2065\u2066\u2069\u206A\"\n"
       "9223372036854775807,-1e-60,,,\u00E9\u20AC\U0001F600\n"
       "0,,,,\n"
       "0,,,,a\xFF\xC3z\xED\xA0\x80\n");
@@ -180,7 +182,9 @@ TEST_F(ToolData, WritesAnObjectOfJsonForEachRow) {
             R"("d":"2024-02-29","b":true,)" +
                 name + "\"\"}\n" +
                 R"({"i":null,"r":-0.001,"d":"2024-02-29T13:45:10.250","b":false,)" + name +
-                R"("\"\\/\u000a\u0001)" + "\x7F\"}\n" +
+                R"("\"\\/\u000a\u0001\u007f\u0080\u009f)" + "\u00A0\u061B" + R"(\u061c)" +
+                "\u200D" + R"(\u200e\u200f\u2028\u2029\u202a\u202e)" + "\u202F\u2065" +
+                R"(\u2066\u2069)" + "\u206A\"}\n" +
                 R"({"i":9223372036854775807,"r":-1e-60,"d":null,"b":null,)" + name +
                 "\"\u00E9\u20AC\U0001F600\"}\n" + R"({"i":0,"r":null,"d":null,"b":null,)" + name +
                 "null}\n" + R"({"i":0,"r":null,"d":null,"b":null,)" + name +

@@ -129,6 +129,7 @@ TEST(DisplayText, CutsBetweenCharacters) {
       {"a\x1B[0m", 6, "a\\x1b\u2026"},
       {"a\xFF", 5, "a\\xff"},
       {"\u202Eabc\u2028\u0085\t", 40, "\\xe2\\x80\\xaeabc\\xe2\\x80\\xa8\\xc2\\x85\\t"},
+      {"\u200E\u200F\u061C\u061B", 40, "\\xe2\\x80\\x8e\\xe2\\x80\\x8f\\xd8\\x9c\u061B"},
       {"e" + repeated("\u0301", 8) + "b", 2, "e" + repeated("\u0301", 8) + "b"},
       {"e" + repeated("\u0301", 9) + "b", 10, "e" + repeated("\u0301", 8) + "\\xcc\\x81b"},
       {"e" + repeated("\u0301", 200'000), 20,

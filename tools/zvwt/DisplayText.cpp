@@ -45,26 +45,6 @@ bool secondByteFits(unsigned char lead, unsigned char second) {
   }
 }
 
-/// The code point of a valid character.
-char32_t codeOf(std::string_view character) {
-  constexpr char32_t leadBits[] = {0, 0x7F, 0x1F, 0x0F, 0x07};
-  char32_t code = byteAt(character, 0) & leadBits[character.size()];
-  for (std::size_t i = 1; i < character.size(); ++i) {
-    code = code << 6U | (byteAt(character, i) & 0x3FU);
-  }
-  return code;
-}
-
-/// What commands a terminal, or has it write the rest of a line from right to left or on another.
-bool isControl(char32_t code) {
-  const bool isC0 = code < 0x20 || code == 0x7F;
-  const bool isC1 = code >= 0x80 && code < 0xA0;
-  const bool isOfDirection =
-      (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
-  const bool isOfLines = code == 0x2028 || code == 0x2029;
-  return isC0 || isC1 || isOfDirection || isOfLines;
-}
-
 std::string escaped(std::string_view bytes) {
   if (bytes == "\n") {
     return "\\n";
@@ -106,8 +86,8 @@ class Pieces {
     const std::size_t size = characterSize(rest_);
     Piece piece = {.bytes = rest_.substr(0, std::max<std::size_t>(size, 1)), .escape = {}};
     rest_.remove_prefix(piece.bytes.size());
-    const bool isShown = size > 0 && !isControl(codeOf(piece.bytes));
-    piece.width = isShown ? characterWidth(codeOf(piece.bytes)) : 0;
+    const bool isShown = size > 0 && !isControl(characterCode(piece.bytes));
+    piece.width = isShown ? characterWidth(characterCode(piece.bytes)) : 0;
     marks_ = isShown && piece.width == 0 ? marks_ + 1 : 0;
     if (!isShown || marks_ > mostMarks) {
       piece.escape = escaped(piece.bytes);
@@ -134,6 +114,25 @@ std::size_t characterSize(std::string_view text) {
   }
   const std::string_view rest = text.substr(1, size - 1);
   return std::all_of(rest.begin(), rest.end(), isContinuation) ? size : 0;
+}
+
+char32_t characterCode(std::string_view character) {
+  constexpr char32_t leadBits[] = {0, 0x7F, 0x1F, 0x0F, 0x07};
+  char32_t code = byteAt(character, 0) & leadBits[character.size()];
+  for (std::size_t i = 1; i < character.size(); ++i) {
+    code = code << 6U | (byteAt(character, i) & 0x3FU);
+  }
+  return code;
+}
+
+bool isControl(char32_t code) {
+  const bool isC0 = code < 0x20 || code == 0x7F;
+  const bool isC1 = code >= 0x80 && code < 0xA0;
+  const bool isOfDirection = code == 0x061C || code == 0x200E || code == 0x200F ||
+                             (code >= 0x202A && code <= 0x202E) ||
+                             (code >= 0x2066 && code <= 0x2069);
+  const bool isOfLines = code == 0x2028 || code == 0x2029;
+  return isC0 || isC1 || isOfDirection || isOfLines;
 }
 
 std::string displayText(std::string_view text, std::size_t limit) {
@@ -174,7 +173,7 @@ std::size_t displayWidth(std::string_view text) {
   while (!text.empty()) {
     const std::string_view character =
         text.substr(0, std::max<std::size_t>(characterSize(text), 1));
-    width += characterWidth(codeOf(character));
+    width += characterWidth(characterCode(character));
     text.remove_prefix(character.size());
   }
   return width;

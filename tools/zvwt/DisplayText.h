@@ -19,6 +19,12 @@ namespace zvwttool {
 /// The bytes of the valid UTF-8 character at the front of a text that is not empty; 0 for none.
 [[nodiscard]] std::size_t characterSize(std::string_view text);
 
+/// The code point of a valid character.
+[[nodiscard]] char32_t characterCode(std::string_view character);
+
+/// What commands a terminal, begins a line, or has the text around it stand from right to left.
+[[nodiscard]] bool isControl(char32_t code);
+
 /// A column's name in quotes, as messages give it.
 [[nodiscard]] std::string quotedName(std::string_view name);
 

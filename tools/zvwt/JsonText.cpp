@@ -6,18 +6,37 @@ namespace zvwttool {
 namespace {
 
 constexpr unsigned firstPrintable = 0x20;
+constexpr unsigned lastPrintable = 0x7E;
 constexpr unsigned firstOfSeveral = 0x80;  // bytes of one character
+constexpr char32_t replacement = 0xFFFD;
 
 unsigned code(char byte) { return static_cast<unsigned char>(byte); }
 
 /// For each byte, whether it is a character of its own and plain.
 constexpr std::array<bool, 256> plainBytes = [] {
   std::array<bool, 256> plain{};
-  for (unsigned byte = firstPrintable; byte < firstOfSeveral; ++byte) {
+  for (unsigned byte = firstPrintable; byte <= lastPrintable; ++byte) {
     plain[byte] = byte != '"' && byte != '\\';
   }
   return plain;
 }();
+
+/// Spares most characters the question what they are.
+constexpr bool mayBeginControl(unsigned lead) {
+  return lead == 0xC2 || lead == 0xD8 || lead == 0xE2;  // to U+00BF, U+063F and U+2FFF
+}
+
+/// The bytes of the character of several at the front of a text; 0 where there is none that is
+/// plain.
+std::size_t plainCharacterSize(std::string_view text) {
+  if (code(text.front()) < firstOfSeveral) {
+    return 0;
+  }
+  const std::size_t size = characterSize(text);
+  const bool isEscaped = size > 0 && mayBeginControl(code(text.front())) &&
+                         isControl(characterCode(text.substr(0, size)));
+  return isEscaped ? 0 : size;
+}
 
 }  // namespace
 
@@ -28,8 +47,7 @@ std::size_t plainJsonSize(std::string_view text) noexcept {
       ++size;
       continue;
     }
-    const bool isOfSeveral = code(text[size]) >= firstOfSeveral;
-    const std::size_t character = isOfSeveral ? characterSize(text.substr(size)) : 0;
+    const std::size_t character = plainCharacterSize(text.substr(size));
     if (character == 0) {
       break;
     }
@@ -38,17 +56,19 @@ std::size_t plainJsonSize(std::string_view text) noexcept {
   return size;
 }
 
-JsonEscape::JsonEscape(char byte) noexcept : text_{'\\', 'u', '0', '0', '0', '0'} {
+JsonEscape::JsonEscape(std::string_view text) noexcept : text_{'\\', 'u'} {
   constexpr std::string_view digits = "0123456789abcdef";
-  if (code(byte) >= firstOfSeveral) {
-    text_ = {'\\', 'u', 'f', 'f', 'f', 'd'};
-    keepsByte_ = false;
-  } else if (code(byte) < firstPrintable) {
-    text_[4] = digits[code(byte) >> 4U];
-    text_[5] = digits[code(byte) & 0xFU];
-  } else {
-    text_[1] = byte;
+  if (text.front() == '"' || text.front() == '\\') {
+    text_[1] = text.front();
     size_ = 2;
+    return;
+  }
+  const std::size_t character = characterSize(text);
+  keepsBytes_ = character > 0;
+  bytes_ = keepsBytes_ ? character : 1;
+  char32_t code = keepsBytes_ ? characterCode(text.substr(0, bytes_)) : replacement;
+  for (std::size_t i = size_; i > 2; --i, code >>= 4U) {
+    text_[i - 1] = digits[code & 0xFU];
   }
 }
 
