@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "Commands.h"
+#include "Counted.h"
 #include "Diagnostics.h"
 #include "Failure.h"
 #include "JsonWriter.h"
@@ -79,8 +80,7 @@ void printSound(ZvWorkTableManager& manager, const std::string& table, OutputBuf
   if (!zvwtGetTableSizes(&manager, table.c_str(), &sizes, &error)) {
     throw libraryFailure(error, table + ": ");
   }
-  output->append(table + ": sound, " + std::to_string(sizes.rowCount) +
-                 (sizes.rowCount == 1 ? " row\n" : " rows\n"));
+  output->append(table + ": sound, " + counted(sizes.rowCount, "row") + '\n');
 }
 
 ExitCode checkOne(ZvWorkTableManager& manager, const std::string& table, bool asJson,

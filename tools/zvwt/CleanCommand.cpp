@@ -3,6 +3,7 @@
 
 #include "Age.h"
 #include "Commands.h"
+#include "Counted.h"
 #include "Diagnostics.h"
 #include "Failure.h"
 #include "JsonWriter.h"
@@ -87,8 +88,8 @@ void sayTotal(const std::vector<Orphan>& orphans, bool removed) {
   for (const Orphan& orphan : orphans) {
     bytes += orphan.size;
   }
-  say(std::to_string(orphans.size()) + (orphans.size() == 1 ? " file, " : " files, ") +
-      std::to_string(bytes) + " bytes, " + (removed ? "removed" : "not removed: a dry run"));
+  say(counted(static_cast<std::int64_t>(orphans.size()), "file") + ", " + counted(bytes, "byte") +
+      ", " + (removed ? "removed" : "not removed: a dry run"));
 }
 
 }  // namespace

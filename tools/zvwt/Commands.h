@@ -1,5 +1,5 @@
-/// The verbs of the tool. Each runs to its end, says on standard error what went wrong, and leaves
-/// standard output to data.
+/// The verbs of the tool. Each runs to its end, or ends with a Failure, which its caller says; only
+/// what does not end it is said by the verb itself. Standard output is for data.
 #pragma once
 
 #include <cstdint>

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <new>
 
+#include "Counted.h"
 #include "DisplayText.h"
 #include "Failure.h"
 #include "base/ZvbText.h"
@@ -296,7 +297,7 @@ void CsvReader::checkFieldCount() {
     return;
   }
   fail(line_, std::min(count, expected),
-       "the row has " + std::to_string(count) + (count == 1 ? " field" : " fields") +
+       "the row has " + counted(static_cast<std::int64_t>(count), "field") +
            (form_->hasHeader ? ", the header line has " : ", the first row has ") +
            std::to_string(expected));
 }

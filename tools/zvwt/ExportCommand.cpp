@@ -1,4 +1,5 @@
 #include "Commands.h"
+#include "Counted.h"
 #include "CsvWriter.h"
 #include "Diagnostics.h"
 #include "DisplayText.h"
@@ -57,7 +58,7 @@ void writeJsonLines(TableRows* rows, OutputBuffer* output) {
   JsonLinesWriter writer(output, rows->columns());
   writeRows(rows, output, &writer);
   if (const std::int64_t count = writer.changedTexts(); count > 0) {
-    remark(std::to_string(count) + (count == 1 ? " text is" : " texts are") +
+    remark(counted(count, "text is", "texts are") +
            " not UTF-8: each byte that is none became U+FFFD");
   }
 }

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "Commands.h"
+#include "Counted.h"
 #include "CsvInput.h"
 #include "CsvReader.h"
 #include "Diagnostics.h"
@@ -247,17 +248,16 @@ void Import::reportColumns() const {
 void Import::reportRows(const CsvReader& reader) const {
   for (const Column& column : columns_) {
     if (column.cutTexts != 0) {
-      remark("column " + quotedName(column.name) + ": " + std::to_string(column.cutTexts) +
-             (column.cutTexts == 1 ? " text was cut to " : " texts were cut to ") +
-             std::to_string(column.width) + " bytes");
+      remark("column " + quotedName(column.name) + ": " +
+             counted(column.cutTexts, "text was", "texts were") + " cut to " +
+             counted(column.width, "byte"));
     }
   }
   if (reader.filledRows() != 0) {
-    remark(std::to_string(reader.filledRows()) +
-           (reader.filledRows() == 1 ? " short row: its" : " short rows: their") +
+    remark(counted(reader.filledRows(), "short row: its", "short rows: their") +
            " missing fields are null");
   }
-  remark(std::to_string(rowCount_) + (rowCount_ == 1 ? " row" : " rows"));
+  remark(counted(rowCount_, "row"));
 }
 
 }  // namespace

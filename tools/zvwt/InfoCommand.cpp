@@ -4,6 +4,7 @@
 #include "CellText.h"
 #include "ColumnFacts.h"
 #include "Commands.h"
+#include "Counted.h"
 #include "Directories.h"
 #include "Handles.h"
 #include "JsonWriter.h"
@@ -35,7 +36,7 @@ void addFact(std::string_view what, std::string_view value, TextGrid* grid) {
   grid->addCell(value);
 }
 
-std::string inBytes(std::int64_t count) { return std::to_string(count) + " bytes"; }
+std::string inBytes(std::int64_t count) { return counted(count, "byte"); }
 
 struct ColumnInfo {
   std::string name;

@@ -2,6 +2,7 @@
 
 #include "CellText.h"
 #include "Commands.h"
+#include "Counted.h"
 #include "Diagnostics.h"
 #include "OutputBuffer.h"
 #include "OutputLook.h"
@@ -46,13 +47,12 @@ void sayWhatIsMissing(const TableRows& rows, std::size_t columnsLeftOut) {
     say("there are no columns");
   }
   if (columnsLeftOut > 0) {
-    say(std::to_string(columnsLeftOut) +
-        (columnsLeftOut == 1 ? " column does not fit; --wide or --select shows it"
-                             : " columns do not fit; --wide or --select shows them"));
+    say(counted(static_cast<std::int64_t>(columnsLeftOut),
+                "column does not fit; --wide or --select shows it",
+                "columns do not fit; --wide or --select shows them"));
   }
   if (rows.remaining() > 0) {
-    say((rows.hasConditions() ? "up to " : "") + std::to_string(rows.remaining()) +
-        (rows.remaining() == 1 ? " more row" : " more rows"));
+    say((rows.hasConditions() ? "up to " : "") + counted(rows.remaining(), "more row"));
   }
 }
 
