@@ -144,9 +144,16 @@ TEST(CsvReader, NamesTheLineAndColumnOfWhatIsMalformed) {
       {"a,b\n\"1\" ,2\n", "line 2, column 1 \"a\": the closing quote is followed by more text"},
       {"a,b\n1,2\n3,\"4\n5\n6\n",
        "line 3, column 2 \"b\": the field begins with a quote that is never closed"},
-      {"a,b\n1,2\n3\n", "line 3, column 2 \"b\": the row has 1 field, the header line has 2"},
+      {"a,b\n1,2\n3\n",
+       "line 3, column 2 \"b\": the row has 1 field, the header line has 2; "
+       "--ragged takes such rows"},
       {"a,b\n1,2,3\n", "line 2, column 3: the row has 3 fields, the header line has 2"},
-      {"a,b\n1,2\n\n", "line 3, column 2 \"b\": the row has 1 field, the header line has 2"},
+      {"a,b\n1,2\n\n", "line 3, column 1 \"a\": the line is empty; --ragged takes such rows"},
+      {"a,b\n\"\"\n",
+       "line 2, column 2 \"b\": the row has 1 field, the header line has 2; "
+       "--ragged takes such rows"},
+      {"a,b\n\"\"\"\",2\r\n\r\n",
+       "line 3, column 1 \"a\": the line is empty; --ragged takes such rows"},
       {"a,b\n1,x\0y\n"s, "line 2, column 2 \"b\": the field contains a zero byte"},
       {"a,b\n1,2\r3,4\n", "line 2, column 2 \"b\": a carriage return stands without its line feed"},
       {"a,b\n1,2\r\r\n", "line 2, column 2 \"b\": a carriage return stands without its line feed"},

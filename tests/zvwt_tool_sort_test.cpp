@@ -210,7 +210,7 @@ TEST_F(ToolSort, LeavesNothingBehindAFailedSort) {
   expectFailure(5, "import", sort, files_.write("large.csv", lines), "zvwt: ");
   expectFailure(2, "import", {"--sort", "n:nocase"}, files_.write("few.csv", "n\n1\n"), "no texts");
   expectFailure(4, "import", {"--sort", "t", "--type", "n=int"},
-                files_.write("bad.csv", lines + "a,1.5,2\n"), "the field is no int\n");
+                files_.write("bad.csv", lines + "a,1.5,2\n"), "the field \"1.5\" is no int\n");
 
   EXPECT_EQ(runWithoutOutput("sort", {"--by", "t", table}).exitCode, 5);
   EXPECT_EQ(tables_.names(), files);

@@ -123,9 +123,11 @@ TEST_F(Tool, TakesGivenTypesAndWidths) {
 
 TEST_F(Tool, LeavesNothingBehindAFailedImport) {
   const std::vector<std::pair<std::string, std::string>> cases = {
-      {"a,b\n1,x\n1.5,y\n", ": line 3, column 1 \"a\": the field is no int\n"},
-      {"a,b\n1,x\n\"\",y\n", ": line 3, column 1 \"a\": the field is no int\n"},
-      {"a,b\n1,x\n2\n", ": line 3, column 2 \"b\": the row has 1 field, the header line has 2\n"},
+      {"a,b\n1,x\n1.5,y\n", ": line 3, column 1 \"a\": the field \"1.5\" is no int\n"},
+      {"a,b\n1,x\n\"\x1b\",y\n", ": line 3, column 1 \"a\": the field \"\\x1b\" is no int\n"},
+      {"a,b\n1,x\n2\n",
+       ": line 3, column 2 \"b\": the row has 1 field, the header line has 2; "
+       "--ragged takes such rows\n"},
       {"a,A\n1,x\n", ": line 1, column 2 \"A\": another column has this name, letter case aside\n"},
       {"", ": there is no header line\n"},
   };

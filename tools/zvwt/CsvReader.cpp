@@ -99,6 +99,7 @@ bool CsvReader::readRow() {
 bool CsvReader::readPlainRow() {
   const char* next = buffer_.data() + next_;
   std::int64_t line = line_;
+  const bool lineIsEmpty = *next == '\n' || *next == '\r';
   rowTexts_ = buffer_.data();
   do {
     next = readPlainField(next, &line);
@@ -109,7 +110,7 @@ bool CsvReader::readPlainRow() {
   } while (*next++ == form_->delimiter);
   next_ = static_cast<std::size_t>(next - buffer_.data()) + (next[-1] == '\r' ? 1 : 0);
   line_ = line;
-  checkFieldCount();
+  checkFieldCount(lineIsEmpty);
   throwFailure();
   nextFieldLine_ = ++line_;
   return true;
@@ -274,10 +275,11 @@ void CsvReader::takeRowEnd(int terminator) {
     return;
   }
   if (!endedBefore) {
-    if (fields_.empty()) {
+    const bool lineIsEmpty = fields_.empty();
+    if (lineIsEmpty) {
       addField(nullptr, 0);
     }
-    checkFieldCount();
+    checkFieldCount(lineIsEmpty);
     rowEndColumn_ = fields_.size() - 1;
     rowComplete_ = true;
   }
@@ -285,7 +287,7 @@ void CsvReader::takeRowEnd(int terminator) {
   fieldBegins_ = true;
 }
 
-void CsvReader::checkFieldCount() {
+void CsvReader::checkFieldCount(bool lineIsEmpty) {
   const std::size_t expected = columnNames_.size();
   const std::size_t count = fields_.size();
   if (expected == 0 || count == expected) {
@@ -296,10 +298,16 @@ void CsvReader::checkFieldCount() {
     ++filledRows_;
     return;
   }
-  fail(line_, std::min(count, expected),
-       "the row has " + counted(static_cast<std::int64_t>(count), "field") +
-           (form_->hasHeader ? ", the header line has " : ", the first row has ") +
-           std::to_string(expected));
+  std::string reason = "the line is empty";
+  if (!lineIsEmpty) {
+    reason = "the row has " + counted(static_cast<std::int64_t>(count), "field") +
+             (form_->hasHeader ? ", the header line has " : ", the first row has ") +
+             std::to_string(expected);
+  }
+  if (count < expected) {
+    reason += "; --ragged takes such rows";
+  }
+  fail(line_, lineIsEmpty ? 0 : std::min(count, expected), reason);
 }
 
 void CsvReader::fail(std::int64_t line, std::size_t column, std::string_view reason) {

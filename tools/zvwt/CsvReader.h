@@ -73,7 +73,7 @@ class CsvReader {
   void takeRowEnd(int terminator);
   void addField(const char* text, std::size_t size);
   [[nodiscard]] bool endsField(const char* text) const;
-  void checkFieldCount();
+  void checkFieldCount(bool lineIsEmpty);
   [[nodiscard]] bool hasBytes() { return next_ != end_ || fillBuffer(); }
   [[nodiscard]] bool fillBuffer();
   void skipByteOrderMark();

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <limits>
+#include <new>
 #include <numeric>
 #include <optional>
 
@@ -230,7 +231,10 @@ void Import::convertRow(const CsvReader& reader) {
     }
     const std::string_view text = reader.text(i);
     if (!readField(text, column.type, &values_[i])) {
-      reader.failAtField(i, std::string("the field is no ") + typeWord(column.type));
+      if (values_[i].memoryShort()) {
+        throw std::bad_alloc();
+      }
+      reader.failAtField(i, "the field " + quotedName(text) + " is no " + typeWord(column.type));
     }
     if (column.width > 0 && text.size() > static_cast<std::size_t>(column.width)) {
       ++column.cutTexts;
