@@ -171,6 +171,22 @@ class ToolInATerminal(unittest.TestCase):
             self.assertEqual(failed.returncode, 5, failed.stderr)
         self.assertEqual(subprocess.run(words, capture_output=True).returncode, 0)
 
+    def test_says_when_memory_is_short(self) -> None:
+        def run_short(*words: str) -> subprocess.CompletedProcess:
+            return subprocess.run(
+                ["sh", "-c", 'ulimit -v 40000 && exec "$0" "$@"', TOOL, *words],
+                capture_output=True,
+            )
+
+        if run_short("--version").returncode != 0:
+            self.skipTest("this build of the tool takes more memory than others")
+        words = ("import", "--dir", str(self.tables))
+        for text in ("a\n" + "x" * 30_000_000, 'a\n"' + '""' * 30_000_000 + '"\n'):
+            failed = run_short(*words, self.file(text))
+            self.assertEqual(failed.returncode, 5, failed.stderr)
+            self.assertIn(b"memory", failed.stderr)
+            self.assertEqual(list(self.tables.iterdir()), [])
+
     def test_leaves_nothing_when_it_is_interrupted(self) -> None:
         path = self.large_file(2_000_000)
         table = ""

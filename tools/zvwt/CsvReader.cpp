@@ -204,11 +204,21 @@ void CsvReader::feedPiece() {
 void CsvReader::explainParserFailure(char refused) {
   const std::size_t column = fields_.size();
   if (csv_error(&parser_) != CSV_EPARSE) {
-    fail(nextFieldLine_, column, "the field is too long for the memory");
+    explainRefusedMemory();
   } else if (refused == '"') {
     fail(line_, column, "a quote stands inside a field that does not begin with one");
   } else {
     fail(line_, column, "the closing quote is followed by more text");
+  }
+}
+
+void CsvReader::explainRefusedMemory() {
+  const std::size_t column = fields_.size();
+  if (csv_get_buffer_size(&parser_) >= ZvbText::maximumSize) {
+    fail(nextFieldLine_, column, "the field is longer than a text can be");
+  } else {
+    fail(nextFieldLine_, column, "there is no memory for the field");
+    errorCode_ = ExitCode::inputOutput;
   }
 }
 
@@ -221,9 +231,15 @@ void CsvReader::finish() {
   throwFailure();
 }
 
+/// The text is short enough to lie in the string itself.
+void CsvReader::runOutOfMemory() noexcept {
+  error_ = "out of memory";
+  errorCode_ = ExitCode::inputOutput;
+}
+
 void CsvReader::throwFailure() const {
   if (!error_.empty()) {
-    throw Failure(ExitCode::damaged, error_);
+    throw Failure(errorCode_, error_);
   }
 }
 
@@ -232,7 +248,7 @@ void CsvReader::fieldCallback(void* text, std::size_t size, void* reader) noexce
   try {
     self->takeField(static_cast<const char*>(text), size);
   } catch (const std::bad_alloc&) {
-    self->error_ = "out of memory";
+    self->runOutOfMemory();
   }
 }
 
@@ -241,7 +257,7 @@ void CsvReader::rowCallback(int terminator, void* reader) noexcept {
   try {
     self->takeRowEnd(terminator);
   } catch (const std::bad_alloc&) {
-    self->error_ = "out of memory";
+    self->runOutOfMemory();
   }
 }
 

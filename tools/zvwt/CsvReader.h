@@ -21,6 +21,7 @@
 
 #include "CsvForm.h"
 #include "CsvInput.h"
+#include "ExitCode.h"
 
 namespace zvwttool {
 
@@ -79,7 +80,9 @@ class CsvReader {
   void skipByteOrderMark();
   void feedPiece();
   void explainParserFailure(char refused);
+  void explainRefusedMemory();
   void finish();
+  void runOutOfMemory() noexcept;
   void throwFailure() const;
   void takeColumnNames();
   void numberColumns();
@@ -110,6 +113,7 @@ class CsvReader {
   std::size_t rowEndColumn_ = 0;      // the last column of the row that ended last
   std::int64_t filledRows_ = 0;
   std::string error_;  // what a callback of the parser, which must not throw, has found wrong
+  ExitCode errorCode_ = ExitCode::damaged;
 };
 
 }  // namespace zvwttool
