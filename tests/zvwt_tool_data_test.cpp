@@ -102,6 +102,29 @@ TEST_F(ToolData, SaysWhyATypeIsNotTheExpectedOne) {
             "zvwt: column \"t\": string\nzvwt: column \"g\": string (given)\nzvwt: 2 rows\n");
 }
 
+TEST_F(ToolData, SaysWhatItMakesOfAHeaderLine) {
+  const std::string nameless = files_.write("frame.csv", ",t,\n0,a,b\n1,bc,d\n");
+  const Outcome named = run("import", {"--width", "t=1", nameless});
+  EXPECT_EQ(named.errors,
+            "zvwt: column 1 has no name and is called \"c1\"\n"
+            "zvwt: column 3 has no name and is called \"c3\"\n"
+            "zvwt: column \"c1\": int\nzvwt: column \"t\": string (given)\n"
+            "zvwt: column \"c3\": string\n"
+            "zvwt: column \"t\": 1 text was cut to 1 byte\nzvwt: 2 rows\n");
+  EXPECT_EQ(exported(nameIn(named)), "c1,t,c3\n0,a,b\n1,b,d\n");
+
+  const auto errorsFor = [this](const std::string& text, const Words& options) {
+    Words all = options;
+    all.push_back(files_.write("in.csv", text));
+    return run("import", all).errors;
+  };
+  const std::string question = "zvwt: there is one column; did you mean --delimiter ";
+  EXPECT_TRUE(errorsFor("a;b\n1;2\n", {}).starts_with(question + "';'?\n"));
+  EXPECT_TRUE(errorsFor("a\tb\n", {"--delimiter", ";"}).starts_with(question + "tab?\n"));
+  EXPECT_FALSE(errorsFor("a;b,c\n", {}).starts_with(question));
+  EXPECT_FALSE(errorsFor("a;b\n", {"--no-header"}).starts_with(question));
+}
+
 TEST_F(ToolData, IsQuietWhenAskedTo) {
   const std::string path = files_.write("in.csv", "n,t\n007\n8,\xFF\n");
   const Outcome imported = run("import", {"-q", "--ragged", "--width", "t=1", path});

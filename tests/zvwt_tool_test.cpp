@@ -128,6 +128,8 @@ TEST_F(Tool, LeavesNothingBehindAFailedImport) {
       {"a,b\n1,x\n2\n",
        ": line 3, column 2 \"b\": the row has 1 field, the header line has 2; "
        "--ragged takes such rows\n"},
+      {",C1\n1,x\n",
+       ": line 1, column 1 \"c1\": the column has no name, and another one is called that\n"},
       {"a,A\n1,x\n", ": line 1, column 2 \"A\": another column has this name, letter case aside\n"},
       {"", ": there is no header line\n"},
   };

@@ -25,6 +25,8 @@ constexpr unsigned char parserOptions =
 constexpr unsigned char endsUnquoted = 1;
 constexpr unsigned char endsQuoted = 2;
 
+std::string numberedName(std::size_t column) { return 'c' + std::to_string(column + 1); }
+
 unsigned char code(char byte) { return static_cast<unsigned char>(byte); }
 
 int isTrimmed(unsigned char /*byte*/) { return 0; }
@@ -67,20 +69,21 @@ void CsvReader::readHeader() {
 }
 
 void CsvReader::numberColumns() {
-  for (std::size_t number = 1; number <= fields_.size(); ++number) {
-    columnNames_.push_back('c' + std::to_string(number));
+  for (std::size_t column = 0; column < fields_.size(); ++column) {
+    columnNames_.push_back(numberedName(column));
   }
   rowIsWaiting_ = true;
 }
 
 void CsvReader::takeColumnNames() {
-  for (std::size_t column = 0; column < fields_.size(); ++column) {
-    if (text(column).empty()) {
-      failAtField(column, "the column has no name");
-    }
+  if (fields_.size() == 1 && text(0).empty()) {
+    failAtField(0, "the column has no name");
   }
   for (std::size_t column = 0; column < fields_.size(); ++column) {
-    columnNames_.emplace_back(text(column));
+    if (text(column).empty()) {
+      namelessColumns_.push_back(column);
+    }
+    columnNames_.push_back(text(column).empty() ? numberedName(column) : std::string(text(column)));
   }
 }
 

@@ -37,9 +37,11 @@ class CsvReader {
   ~CsvReader();
 
   /// Reads the header line, to be called first. Where the form has none, the columns are called c1,
-  /// c2 and so on, as many as the first row has.
+  /// c2 and so on, as many as the first row has; and so is one of several columns that has no name.
   void readHeader();
   [[nodiscard]] const std::vector<std::string>& columnNames() const { return columnNames_; }
+  /// The columns that the header line has no names for.
+  [[nodiscard]] const std::vector<std::size_t>& namelessColumns() const { return namelessColumns_; }
 
   /// Reads the next row, whose fields are valid until the next call; false at the end.
   [[nodiscard]] bool readRow();
@@ -95,6 +97,7 @@ class CsvReader {
   ShortRows shortRows_;
   csv_parser parser_;
   std::vector<std::string> columnNames_;
+  std::vector<std::size_t> namelessColumns_;
   std::array<unsigned char, 256> byteEnds_{};  // for each byte, the kinds of plain text it ends
   std::vector<char> buffer_;                   // with a zero byte behind its last
   std::size_t next_ = 0;                       // in buffer_, the first byte that was not read yet

@@ -31,6 +31,11 @@ struct Column {
   std::int64_t cutTexts = 0;  // that were longer than the width
 };
 
+bool isNameless(const CsvReader& reader, std::size_t column) {
+  const std::vector<std::size_t>& nameless = reader.namelessColumns();
+  return std::binary_search(nameless.begin(), nameless.end(), column);
+}
+
 bool sameName(const std::string& left, const std::string& right) {
   return ZvbString(left.c_str()).compare(right.c_str(), false) == 0;
 }
@@ -49,7 +54,9 @@ class Import {
 
  private:
   void planColumns(const CsvReader& reader);
+  void suggestDelimiter() const;
   void rejectRepeatedNames(const CsvReader& reader) const;
+  static void remarkNumberedNames(const CsvReader& reader);
   void applyGivenTypes();
   void applyGivenWidths();
   void checkSortColumns();
@@ -95,6 +102,8 @@ void Import::planColumns(const CsvReader& reader) {
   }
   values_.resize(columns_.size());
   rejectRepeatedNames(reader);
+  remarkNumberedNames(reader);
+  suggestDelimiter();
   applyGivenTypes();
   applyGivenWidths();
   checkSortColumns();
@@ -115,8 +124,34 @@ void Import::rejectRepeatedNames(const CsvReader& reader) const {
       std::adjacent_find(order.begin(), order.end(), [&names](std::size_t left, std::size_t right) {
         return names[left].compare(names[right], false) == 0;
       });
-  if (repeated != order.end()) {
-    reader.failAtField(*std::next(repeated), "another column has this name, letter case aside");
+  if (repeated == order.end()) {
+    return;
+  }
+  for (const std::size_t column : {*repeated, *std::next(repeated)}) {
+    if (isNameless(reader, column)) {
+      reader.failAtField(column, "the column has no name, and another one is called that");
+    }
+  }
+  reader.failAtField(*std::next(repeated), "another column has this name, letter case aside");
+}
+
+void Import::remarkNumberedNames(const CsvReader& reader) {
+  for (const std::size_t column : reader.namelessColumns()) {
+    remark("column " + std::to_string(column + 1) + " has no name and is called " +
+           quotedName(reader.columnNames()[column]));
+  }
+}
+
+/// A file in which something else stands between the fields looks like one of a single column.
+void Import::suggestDelimiter() const {
+  if (columns_.size() != 1 || !options_.form.hasHeader) {
+    return;
+  }
+  const std::size_t place = columns_[0].name.find_first_of(";\t|");
+  if (place != std::string::npos) {
+    const char found = columns_[0].name[place];
+    remark("there is one column; did you mean --delimiter " +
+           (found == '\t' ? "tab?" : std::string("'") + found + "'?"));
   }
 }
 
