@@ -125,6 +125,15 @@ TEST_F(ToolData, SaysWhatItMakesOfAHeaderLine) {
   EXPECT_FALSE(errorsFor("a;b\n", {"--no-header"}).starts_with(question));
 }
 
+TEST_F(ToolData, RefusesTypesAndWidthsThatContradictEachOther) {
+  const std::string path = files_.write("in.csv", "a\n1\n");
+  EXPECT_EQ(run("import", {"--type", "a=int", "--type", "A=string", path}).errors,
+            "zvwt: --type: column \"A\" is to be int and string\n");
+  EXPECT_EQ(refusal("import", {"--width", "a=4", "--width", "a=5", path}), 2);
+  EXPECT_EQ(run("import", {"-q", "--type", "a=int", "--type", "a=int", path}).exitCode, 0);
+  EXPECT_EQ(run("import", {"--width", "a=4", "--width", "a=4", path}).exitCode, 0);
+}
+
 TEST_F(ToolData, IsQuietWhenAskedTo) {
   const std::string path = files_.write("in.csv", "n,t\n007\n8,\xFF\n");
   const Outcome imported = run("import", {"-q", "--ragged", "--width", "t=1", path});

@@ -158,6 +158,10 @@ void Import::suggestDelimiter() const {
 void Import::applyGivenTypes() {
   for (const GivenType& given : options_.types) {
     Column& column = columnOf("--type", given.column);
+    if (column.givenType.value_or(given.type) != given.type) {
+      throw Failure(ExitCode::usage, "--type: column " + quotedName(given.column) + " is to be " +
+                                         typeWord(column.type) + " and " + typeWord(given.type));
+    }
     column.givenType = given.type;
     column.type = given.type;
     column.reason = "given";
@@ -171,6 +175,11 @@ void Import::applyGivenWidths() {
     if (column.givenType.value_or(zvbTypeString) != zvbTypeString) {
       throw Failure(ExitCode::usage,
                     "--width: column " + quotedName(given.column) + " is no string column");
+    }
+    if (column.width != 0 && column.width != given.bytes) {
+      throw Failure(ExitCode::usage, "--width: column " + quotedName(given.column) +
+                                         " is to have " + std::to_string(column.width) + " and " +
+                                         counted(given.bytes, "byte"));
     }
     column.givenType = zvbTypeString;
     column.reason = "given";
