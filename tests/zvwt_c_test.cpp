@@ -233,9 +233,11 @@ TEST_F(FunctionsForC, RefuseWhatTheyWouldLose) {
     expectReason(1799, cursor);
     EXPECT_LT(reasonOf(cursor).size(), 160U);
   }
-  EXPECT_EQ(1, append(cursor, {"4", nullptr}));
+  EXPECT_EQ(0, append(cursor, {"4", "9999-12-31 23:59:59.9995"}));  // has no text
+  expectReason(1799, cursor);
+  EXPECT_EQ(1, append(cursor, {"4", "9999-12-31 23:59:59.9994"}));
   finish(cursor);
-  EXPECT_EQ((Lines{"1|null", "4|null"}), readAll(cursor));
+  EXPECT_EQ((Lines{"1|null", "4|9999-12-31T23:59:59.999"}), readAll(cursor));
   EXPECT_EQ(0, append(cursor, {"5", nullptr}));
   expectReason(1768, cursor);
 }

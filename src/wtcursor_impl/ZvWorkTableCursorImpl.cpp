@@ -26,6 +26,13 @@ ZvbString shortened(const char* text) noexcept {
   return start;
 }
 
+/// A time so late on the last day that it is rounded past it has no text, and would be read as a
+/// null.
+bool isUnreadableDate(const ZvbDatavar& value) noexcept {
+  char text[ZvbDate::textCapacity];
+  return value.type() == zvbTypeDate && !value.isNull() && value.asDate().toText(text, false) == 0;
+}
+
 }  // namespace
 
 ZvWorkTableCursorImpl::~ZvWorkTableCursorImpl() { (void)close(); }
@@ -239,7 +246,7 @@ bool ZvWorkTableCursorImpl::setText(int index, const char* text) noexcept {
   if (value.memoryShort()) {
     return fail(WT_MESSAGE(noMemoryForRow));
   }
-  return value.setType(column.type) ||
+  return (value.setType(column.type) && !isUnreadableDate(value)) ||
          fail(WT_MESSAGE(valueOfOtherType, shortened(text).asCstr(), zvbTypeToString(column.type),
                          column.name.asCstr()));
 }
