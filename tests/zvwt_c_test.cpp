@@ -149,6 +149,26 @@ TEST_F(FunctionsForC, LeaveNothingOfATableThatIsGivenUp) {
   EXPECT_TRUE(directory.names().empty());
 }
 
+TEST_F(FunctionsForC, KeepTheTablesThatTheyHaveAndNoneThatFollow) {
+  const std::string read = makeCountingTable(1);
+  std::string kept;
+  {
+    const Handle cursor = newCursor();
+    zvwtKeepTable(cursor.get());  // none yet
+    EXPECT_EQ(0, zvwtOpenTable(cursor.get(), read.c_str(), 0));
+    EXPECT_EQ(0, cursor->functions->create(cursor.get()));
+    finish(cursor);
+    kept = zvwtTableName(cursor.get());
+    EXPECT_EQ(0, cursor->functions->create(cursor.get()));
+    EXPECT_EQ(1, append(cursor, {"7"}));
+    EXPECT_EQ(0, cursor->functions->endAppend(cursor.get()));
+    EXPECT_EQ(7U, directory.names().size());
+  }
+  EXPECT_EQ(4U, directory.names().size());  // an empty table has a catalogue only
+  EXPECT_EQ((Lines{"0"}), readAll(opened(read)));
+  EXPECT_EQ(Lines(), readAll(opened(kept)));
+}
+
 TEST_F(FunctionsForC, OpenBackwardsRangesAndColumnsAndKeepWhatTheyOpen) {
   const std::string name = makeCountingTable(4);
   const Handle cursor = opened(name, true);

@@ -327,7 +327,7 @@ bool ZvWorkTableCursorImpl::open(const ZvbString& nameOrUri, bool readBackwards)
     table_.reset();  // which is not to be deleted
     return false;
   }
-  removeOnClose_ = false;
+  keepTable();
   return true;
 }
 
@@ -383,6 +383,7 @@ void ZvWorkTableCursorImpl::forgetColumns() noexcept {
 /// Releases the table and, unless it is to be kept or is the one that is spared, deletes it.
 bool ZvWorkTableCursorImpl::letGoOfTable(const ZvbString& spared) noexcept {
   discardRows();
+  const bool keepsTable = std::exchange(keepsTable_, false);
   ZvbString name = std::exchange(lostName_, ZvbString());
   bool isGone = false;
   if (table_ != nullptr) {
@@ -390,7 +391,8 @@ bool ZvWorkTableCursorImpl::letGoOfTable(const ZvbString& spared) noexcept {
     isGone = !table_->close() || table_->isRemovedOnRelease();
     table_.reset();
   }
-  const bool isKept = !removeOnClose_ || manager_ == nullptr || name.compare(spared, true) == 0;
+  const bool isKept = keepsTable || !removeOnClose_ || manager_ == nullptr ||
+                      name.compare(spared, true) == 0;
   ZvbString reason;
   if (isGone || isKept || name.isEmpty() || manager_->deleteTable(name, &reason)) {
     return true;

@@ -46,6 +46,9 @@ class ZvWorkTableCursorImpl final : public ZvWorkTableCursor {
   bool setWorkTable(ZvWorkTableFile* table) noexcept override;
   void setRemoveOnClose(bool remove) noexcept override { removeOnClose_ = remove; }
 
+  /// Keeps the table that is attached; the next one is deleted as setRemoveOnClose says.
+  void keepTable() noexcept { keepsTable_ = true; }
+
   /// A value of the row that was read, until the next one is; null when there is none.
   [[nodiscard]] const ZvbDatavar* findValue(int index) noexcept {
     const auto place = static_cast<unsigned>(index);  // a negative one is beyond all columns
@@ -121,6 +124,7 @@ class ZvWorkTableCursorImpl final : public ZvWorkTableCursor {
   Table table_;
   ZvbString lostName_;  // of a table that rewind could not open again
   bool removeOnClose_ = true;
+  bool keepsTable_ = false;      // the one attached, whatever removeOnClose_ says
   ZvbArray<Column> columns_;     // of the table to be created
   bool columnLost_ = false;      // memory was short for one of them
   RowValues appendRow_;          // one value for each column of the table; made when needed

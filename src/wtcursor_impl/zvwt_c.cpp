@@ -71,7 +71,7 @@ int zvwtOpenTable(ZvwfHandle* cursor, const char* nameOrUri, int readBackwards) 
   return engineOf(cursor).open(nameOrUri, readBackwards != 0) ? 0 : 1;
 }
 
-void zvwtKeepTable(ZvwfHandle* cursor) { engineOf(cursor).setRemoveOnClose(false); }
+void zvwtKeepTable(ZvwfHandle* cursor) { engineOf(cursor).keepTable(); }
 
 const char* zvwtTableName(ZvwfHandle* cursor) {
   ZvWorkTableFile* table = engineOf(cursor).workTable(false);
