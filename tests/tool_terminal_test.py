@@ -119,6 +119,20 @@ class ToolInATerminal(unittest.TestCase):
         self.assertTrue(all(len(row) <= WIDTH for row in terminal.lines()), terminal.lines())
         self.assertRegex(terminal.lines()[0], r"^column0 .*\u2026.* column39$")
         self.assertRegex(terminal.raw, r"zvwt: \d+ columns")
+        uri = f"zvwt:{table}?col=column0&col=column1"
+        for words in (["show", uri], ["info", uri], ["info", "--columns", uri], ["uri", uri]):
+            with self.subTest(words=words):
+                self.check_narrow(words[0], *words[1:])
+
+    def check_narrow(self, verb: str, *words: str) -> None:
+        """Lines of a grid hold on a terminal of few columns, and what is left out can be had."""
+        said = r"zvwt: \d+ columns? do(es)? not fit; --wide"
+        narrow = self.run_in(verb, *words, width=10, NO_COLOR="1")
+        rows = [line for line in narrow.raw.split("\r\n") if "\u2026" in line]
+        self.assertTrue(rows and all(len(row) < 10 for row in rows), rows)
+        self.assertRegex(narrow.raw, said)
+        wide = self.run_in(verb, "--wide", *words, width=10, NO_COLOR="1")
+        self.assertNotRegex(wide.raw, f"{said}|\u2026")
 
     def test_is_colourful_only_where_that_is_wanted(self) -> None:
         table = self.make_table("a,b\n1,\n")

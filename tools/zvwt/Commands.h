@@ -78,6 +78,7 @@ struct InfoOptions {
   SourceOptions source;     ///< its rows and columns do not matter
   bool statistics = false;  ///< only what the table's statistics cursor gives
   bool readsRows = false;   ///< for what the values of each column are like
+  bool isWide = false;      ///< nothing is cut or left out
   bool asJson = false;
 };
 
@@ -103,6 +104,7 @@ struct AppendOptions {
 
 struct UriOptions {
   SourceOptions source;
+  bool isWide = false;  ///< nothing is cut or left out
   bool asJson = false;
 };
 

@@ -89,9 +89,9 @@ TableInfo tableInfo(ZvWorkTableManager& manager, ZvWorkTableFile* table, bool re
   return info;
 }
 
-void printFacts(const TableInfo& info, OutputBuffer* output) {
+void printFacts(const TableInfo& info, bool isWide, OutputBuffer* output) {
   const ZvwtTableSizes& sizes = info.sizes;
-  TextGrid grid({Kind::text, Kind::text}, cellWidthLimit);
+  TextGrid grid({Kind::text, Kind::text}, isWide ? TextGrid::noLimit : cellWidthLimit);
   addFact("table", info.name, &grid);
   addFact("file", info.path, &grid);
   addFact("rows", std::to_string(sizes.rowCount), &grid);
@@ -121,19 +121,27 @@ void addColumn(const TableInfo& info, std::size_t index, TextGrid* grid) {
   }
 }
 
-void printColumns(const TableInfo& info, OutputBuffer* output) {
+std::size_t limitOfCells(const TableInfo& info, bool isWide) {
+  if (isWide) {
+    return TextGrid::noLimit;
+  }
+  return info.facts.empty() ? cellWidthLimit : valueWidthLimit;
+}
+
+/// Returns how many columns of what is printed there is no room for.
+std::size_t printColumns(const TableInfo& info, bool isWide, OutputBuffer* output) {
   std::vector<Kind> kinds = {Kind::number, Kind::text, Kind::word, Kind::number, Kind::number};
   std::vector<std::string_view> headings = {"#", "column", "type", "width", "longest"};
   if (!info.facts.empty()) {
     kinds.insert(kinds.end(), {Kind::number, Kind::text, Kind::text});
     headings.insert(headings.end(), {"nulls", "minimum", "maximum"});
   }
-  TextGrid grid(kinds, info.facts.empty() ? cellWidthLimit : valueWidthLimit);
+  TextGrid grid(kinds, limitOfCells(info, isWide));
   grid.addHeadings(headings);
   for (std::size_t column = 0; column < info.columns.size(); ++column) {
     addColumn(info, column, &grid);
   }
-  printFitted(&grid, output);
+  return printFitted(&grid, isWide, output);
 }
 
 std::optional<std::int64_t> known(std::int64_t number, bool isKnown) {
@@ -180,12 +188,12 @@ void writeInfo(const TableInfo& info, OutputBuffer* output) {
   json.endObject();
 }
 
-void printStatistics(ZvWorkTableFile* table) {
+void printStatistics(ZvWorkTableFile* table, bool isWide) {
   const zvwt::Statistics statistics(table->getStatistics());
   if (statistics == nullptr) {
     throw libraryFailure(table->getErrorMessage());
   }
-  TextGrid grid({Kind::text, Kind::text}, cellWidthLimit);
+  TextGrid grid({Kind::text, Kind::text}, isWide ? TextGrid::noLimit : cellWidthLimit);
   addFact(statistics->columnName(0).asView(), statistics->columnName(1).asView(), &grid);
   grid.addRule();
   while (statistics->next() == zvbCursorRow) {
@@ -202,19 +210,21 @@ ExitCode runInfo(ZvWorkTableManager& manager, const InfoOptions& options) {
   const Source source(manager, options.source);
   const TableHandle table = openTable(manager, source.table());
   if (options.statistics) {
-    printStatistics(table.get());
+    printStatistics(table.get(), options.isWide);
     return ExitCode::success;
   }
   const TableInfo info = tableInfo(manager, table.get(), options.readsRows);
   OutputBuffer output;
+  std::size_t leftOut = 0;
   if (options.asJson) {
     writeInfo(info, &output);
   } else {
-    printFacts(info, &output);
+    printFacts(info, options.isWide, &output);
     output.append('\n');
-    printColumns(info, &output);
+    leftOut = printColumns(info, options.isWide, &output);
   }
   output.finish();
+  sayWhatIsLeftOut(leftOut, "--wide");
   return ExitCode::success;
 }
 

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <string_view>
+#include <string>
 
+#include "Counted.h"
+#include "Diagnostics.h"
 #include "System.h"
 
 namespace zvwttool {
@@ -30,12 +32,20 @@ OutputLook lookOfOutput() {
   return {static_cast<std::size_t>(used), wantsStyles() && enableStyles()};
 }
 
-void printFitted(TextGrid* grid, OutputBuffer* output) {
+std::size_t printFitted(TextGrid* grid, bool isWide, OutputBuffer* output) {
   const OutputLook look = lookOfOutput();
-  if (look.width > 0) {
-    (void)grid->fit(look.width);
-  }
+  const bool fits = isWide || look.width == 0;
+  const std::size_t leftOut = fits ? 0 : grid->fit(look.width);
   grid->print(output, look.withStyles);
+  return leftOut;
+}
+
+void sayWhatIsLeftOut(std::size_t columns, std::string_view options) {
+  if (columns > 0) {
+    const std::string shown(options);
+    say(counted(static_cast<std::int64_t>(columns), "column does not fit; " + shown + " shows it",
+                "columns do not fit; " + shown + " shows them"));
+  }
 }
 
 }  // namespace zvwttool

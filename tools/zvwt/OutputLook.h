@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string_view>
 
 #include "OutputBuffer.h"
 #include "TextGrid.h"
@@ -16,7 +17,11 @@ struct OutputLook {
 /// Styles are for terminals alone, and not where NO_COLOR or a TERM of "dumb" is set.
 [[nodiscard]] OutputLook lookOfOutput();
 
-/// Prints a grid as the output's look is, in its width if it has one.
-void printFitted(TextGrid* grid, OutputBuffer* output);
+/// Prints a grid as the output's look is, in its width if it has one and the grid is not to be
+/// wide. Returns how many of the grid's columns are left out.
+[[nodiscard]] std::size_t printFitted(TextGrid* grid, bool isWide, OutputBuffer* output);
+
+/// Says that so many columns were left out, if any, and which options show them.
+void sayWhatIsLeftOut(std::size_t columns, std::string_view options);
 
 }  // namespace zvwttool

@@ -13,11 +13,12 @@ namespace {
 
 constexpr std::size_t cellWidthLimit = 60;  // where no terminal sets one
 
-std::size_t limitOfCells(const ShowOptions& options, const OutputLook& look) {
+std::size_t limitOfCells(const ShowOptions& options) {
   if (options.isWide) {
     return TextGrid::noLimit;
   }
-  return look.width > 0 ? look.width : cellWidthLimit;
+  const std::size_t width = lookOfOutput().width;
+  return width > 0 ? width : cellWidthLimit;
 }
 
 TextGrid makeGrid(const TableRows& rows, std::size_t widthLimit) {
@@ -46,11 +47,7 @@ void sayWhatIsMissing(const TableRows& rows, std::size_t columnsLeftOut) {
   if (rows.columns().empty()) {
     say("there are no columns");
   }
-  if (columnsLeftOut > 0) {
-    say(counted(static_cast<std::int64_t>(columnsLeftOut),
-                "column does not fit; --wide or --select shows it",
-                "columns do not fit; --wide or --select shows them"));
-  }
+  sayWhatIsLeftOut(columnsLeftOut, "--wide or --select");
   if (rows.remaining() > 0) {
     say((rows.hasConditions() ? "up to " : "") + counted(rows.remaining(), "more row"));
   }
@@ -60,18 +57,15 @@ void sayWhatIsMissing(const TableRows& rows, std::size_t columnsLeftOut) {
 
 ExitCode runShow(ZvWorkTableManager& manager, const ShowOptions& options) {
   TableRows rows(manager, options.read);
-  const OutputLook look = lookOfOutput();
-  TextGrid grid = makeGrid(rows, limitOfCells(options, look));
+  TextGrid grid = makeGrid(rows, limitOfCells(options));
   std::exception_ptr failure;
   try {
     addRows(&rows, options.limit, &grid);
   } catch (const Failure&) {
     failure = std::current_exception();  // what comes before it is shown
   }
-  const bool fits = look.width == 0 || options.isWide;
-  const std::size_t leftOut = fits ? 0 : grid.fit(look.width);
   OutputBuffer output;
-  grid.print(&output, look.withStyles);
+  const std::size_t leftOut = printFitted(&grid, options.isWide, &output);
   output.finish();
   if (failure != nullptr) {
     std::rethrow_exception(failure);

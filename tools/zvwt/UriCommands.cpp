@@ -23,7 +23,7 @@ ExitCode runUri(ZvWorkTableManager& manager, const UriOptions& options) {
   if (options.asJson) {
     explainInJson(manager, source, &output);
   } else if (Source::isUriAlone(options.source)) {
-    explainForPeople(manager, source, &output);
+    explainForPeople(manager, source, options.isWide, &output);
   } else {
     addLine(source.uri(), &output);
     output.finish();

@@ -99,7 +99,8 @@ void printFacts(const Source& source, OutputBuffer* output) {
   grid.print(output);
 }
 
-void printColumns(const std::vector<Explained>& columns, OutputBuffer* output) {
+/// Returns how many columns of what is printed there is no room for.
+std::size_t printColumns(const std::vector<Explained>& columns, bool isWide, OutputBuffer* output) {
   TextGrid grid({Kind::number, Kind::text, Kind::word, Kind::word, Kind::text});
   grid.addHeadings({"#", "column", "type", "from", "source"});
   ValueText valueText;
@@ -114,7 +115,7 @@ void printColumns(const std::vector<Explained>& columns, OutputBuffer* output) {
       grid.addCell(columns[i].column);
     }
   }
-  printFitted(&grid, output);
+  return printFitted(&grid, isWide, output);
 }
 
 void writeColumn(const Explained& column, JsonWriter* json) {
@@ -135,12 +136,14 @@ void writeColumn(const Explained& column, JsonWriter* json) {
 
 }  // namespace
 
-void explainForPeople(ZvWorkTableManager& manager, const Source& source, OutputBuffer* output) {
+void explainForPeople(ZvWorkTableManager& manager, const Source& source, bool isWide,
+                      OutputBuffer* output) {
   const std::vector<Explained> columns = explainColumns(manager, source);
   printFacts(source, output);
   output->append('\n');
-  printColumns(columns, output);
+  const std::size_t leftOut = printColumns(columns, isWide, output);
   output->finish();
+  sayWhatIsLeftOut(leftOut, "--wide");
   source.remarkMissingColumns();
 }
 

@@ -188,6 +188,12 @@ void addExport(CLI::App* app, Invocation* invocation) {
   addQuiet(verb);
 }
 
+/// For people; a verb's JSON is never cut.
+void addWide(CLI::App* verb, CLI::Option* json, bool* isWide) {
+  verb->add_flag("--wide", *isWide, "print all columns and whole values, wherever lines end")
+      ->excludes(json);
+}
+
 void addInfo(CLI::App* app, Invocation* invocation) {
   const auto [verb, given] = addVerb(app, invocation,
                                      {"info", reading, "Prints what a table consists of",
@@ -205,6 +211,7 @@ void addInfo(CLI::App* app, Invocation* invocation) {
                      "an object: name, path, rows, elements, element_limit, catalogue_bytes, "
                      "data_bytes, index_bytes, and columns, each with name, type, width and "
                      "longest; with --columns also nulls, minimum and maximum");
+  addWide(verb, json, &given->isWide);
   verb->add_flag("--stats", given->statistics,
                  "only the table's statistics as the library's cursor gives them")
       ->excludes(columns)
@@ -248,10 +255,12 @@ void addUri(CLI::App* app, Invocation* invocation) {
               runUri);
   addSource(verb, "TABLE", &given->source);
   addRows(verb, &given->source);
-  verb->add_flag("--json", given->asJson,
-                 "what the URI stands for, as an object: uri, table, first_row, rows, "
-                 "rows_of_table, and columns, each with name, type, from (table, constant or "
-                 "missing), column and value");
+  CLI::Option* json =
+      verb->add_flag("--json", given->asJson,
+                     "what the URI stands for, as an object: uri, table, first_row, rows, "
+                     "rows_of_table, and columns, each with name, type, from (table, constant or "
+                     "missing), column and value");
+  addWide(verb, json, &given->isWide);
 }
 
 void addCheck(CLI::App* app, Invocation* invocation) {
