@@ -151,6 +151,11 @@ class ToolInATerminal(unittest.TestCase):
         terminal = self.run_in("show", table, NO_COLOR="1")
         self.assertNotRegex(terminal.raw, "[\x00-\x08\x0b\x0c\x0e-\x1f\x7f]")
         self.assertIn("\\x1b", terminal.raw)
+        for form in ("csv", "jsonl"):
+            exported = self.run_in("export", "--format", form, table)
+            self.assertNotRegex(exported.raw, "[\x00-\x08\x0b\x0c\x0e-\x1f\x7f-\x9f]")
+            self.assertRegex(exported.raw, r"\\x1b\]0;title|\\u001b\]0;title")
+            self.assertEqual(exported.raw.count("zvwt: "), 1 if form == "csv" else 0)
         mistyped = self.run_in("show", "\x1b[2Jtable", NO_COLOR="1")
         self.assertNotIn("\x1b", mistyped.raw)
 

@@ -7,6 +7,7 @@
 #include "ColumnFit.h"
 #include "DisplayText.h"
 #include "NearName.h"
+#include "TerminalText.h"
 #include "TextGrid.h"
 #include "support/ToolFixture.h"
 
@@ -138,6 +139,40 @@ TEST(DisplayText, CutsBetweenCharacters) {
   for (const auto& [text, limit, shown] : cases) {
     EXPECT_EQ(displayText(text, limit), shown);
   }
+}
+
+TEST(TerminalText, EscapesDataHoweverTheyArePieced) {
+  const std::string data =
+      "a\tb\r\n\x1B[2J\r\u20AC\u0085\u202E\r\r\n\xE2\x82x\xFF\n\U0001F600\xF0\x9F";
+  const std::string expected =
+      "a\tb\r\n\\x1b["
+      "2J\\r\u20AC\\xc2\\x85\\xe2\\x80\\xae\\r\r\n\\xe2\\x82x\\xff\n\U0001F600\\xf0\\x9f";
+  for (std::size_t size = 1; size <= data.size(); ++size) {
+    TerminalText text;
+    std::string shown;
+    for (std::size_t i = 0; i < data.size(); i += size) {
+      shown += text.add(std::string_view(data).substr(i, size));
+    }
+    shown += text.end();
+    EXPECT_EQ(shown, expected) << size;
+    EXPECT_TRUE(text.hasEscapes());
+  }
+  TerminalText harmless;
+  EXPECT_EQ(harmless.add("a\tb\r\n\u20AC"), "a\tb\r\n\u20AC");
+  EXPECT_EQ(harmless.end(), "");
+  EXPECT_FALSE(harmless.hasEscapes());
+}
+
+TEST(OutputBuffer, WritesAllThatItHasForATerminal) {
+  const std::string most(300'000, 'x');
+  testing::internal::CaptureStdout();
+  OutputBuffer output;
+  output.beForTerminal();
+  output.append(most + "\xE2");
+  output.append("\x82\xAC\x1B" + most + "\xE2");
+  output.finish();
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), most + "\u20AC\\x1b" + most + "\\xe2");
+  EXPECT_TRUE(output.hasEscapes());
 }
 
 TEST(ColumnFit, LowersTheWidestColumnsAndThenLeavesOutThoseInTheMiddle) {

@@ -99,6 +99,9 @@ ExitCode runExport(ZvWorkTableManager& manager, const ExportOptions& options) {
   TableRows rows(manager, options.read);
   rows.source().requireColumns();
   OutputBuffer output;
+  if (terminalWidth(OutputStream::output) > 0) {
+    output.beForTerminal();
+  }
   switch (options.format) {
     case ExportFormat::csv:
       writeCsv(&rows, options.form, &output);
@@ -111,6 +114,12 @@ ExitCode runExport(ZvWorkTableManager& manager, const ExportOptions& options) {
       break;
   }
   output.finish();
+  if (output.hasEscapes()) {
+    remark(
+        "control characters and bytes that are no UTF-8 are escaped on a terminal; a file or a "
+        "pipe "
+        "gets the data as they are");
+  }
   return ExitCode::success;
 }
 

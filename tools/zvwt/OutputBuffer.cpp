@@ -9,6 +9,7 @@ namespace zvwttool {
 namespace {
 
 constexpr std::size_t bufferSize = std::size_t{256} * 1024;
+constexpr std::size_t pieceSize = std::size_t{16} * 1024;  // of what a terminal gets
 
 }  // namespace
 
@@ -38,18 +39,37 @@ void OutputBuffer::flush() {
   used_ = 0;
 }
 
+void OutputBuffer::flushAll() {
+  flush();
+  if (terminalText_.has_value()) {
+    writeBytes(terminalText_->end());
+  }
+}
+
 void OutputBuffer::write(std::string_view text) {
-  if (failed() || text.empty()) {
+  if (!terminalText_.has_value()) {
+    writeBytes(text);
+    return;
+  }
+  while (!text.empty() && !failed()) {
+    const std::string_view piece = text.substr(0, pieceSize);
+    writeBytes(terminalText_->add(piece));
+    text.remove_prefix(piece.size());
+  }
+}
+
+void OutputBuffer::writeBytes(std::string_view bytes) {
+  if (failed() || bytes.empty()) {
     return;
   }
   errno = 0;
-  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
+  if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) != bytes.size()) {
     errorNumber_ = errno != 0 ? errno : EIO;
   }
 }
 
 void OutputBuffer::finish() {
-  flush();
+  flushAll();
   if (!failed() && std::fflush(stdout) != 0) {
     errorNumber_ = errno;
   }

@@ -2,9 +2,12 @@
 #pragma once
 
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "TerminalText.h"
 
 namespace zvwttool {
 
@@ -16,7 +19,14 @@ class OutputBuffer {
   OutputBuffer(const OutputBuffer&) = delete;
   OutputBuffer& operator=(const OutputBuffer&) = delete;
   /// What was put in before a failure is written all the same.
-  ~OutputBuffer() { flush(); }
+  ~OutputBuffer() { flushAll(); }
+
+  /// Writes what is put in as a terminal can take it, see TerminalText.h.
+  void beForTerminal() { terminalText_.emplace(); }
+  /// Whether that has changed what was written.
+  [[nodiscard]] bool hasEscapes() const {
+    return terminalText_.has_value() && terminalText_->hasEscapes();
+  }
 
   void append(std::string_view text) {
     if (text.size() > buffer_.size() - used_) {
@@ -62,11 +72,14 @@ class OutputBuffer {
 
   void makeRoom(std::string_view text);
   void write(std::string_view text);
+  void writeBytes(std::string_view bytes);
   void flush();
+  void flushAll();
 
   std::vector<char> buffer_;
   std::size_t used_ = 0;
   int errorNumber_ = 0;
+  std::optional<TerminalText> terminalText_;
 };
 
 }  // namespace zvwttool
