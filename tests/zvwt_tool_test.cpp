@@ -392,6 +392,28 @@ TEST_F(Tool, RefusesAWrongCommandLine) {
   EXPECT_NE(help.output.find("Exit codes:"), std::string::npos);
 }
 
+TEST_F(Tool, ReadsNumbersAsPeopleWriteThem) {
+  const std::string table =
+      import("n\n0\n1\n2\n3\n4\n5\n6\n7\n8\n9\n", {"--max-element-size", "020"});
+  EXPECT_NE(run("info", {table}).output.find("element limit  20 bytes\n"), std::string::npos);
+  EXPECT_EQ(run("show", {"-n", "08", table}).errors, "zvwt: 2 more rows\n");
+  EXPECT_EQ(run("head", {"-n010", table}).errors, "");
+  EXPECT_EQ(run("partition", {table, "010"}).output, run("partition", {table, "10"}).output);
+  const std::vector<std::pair<std::string, Words>> cases = {
+      {"show: --limit: \"9223372036854775808\" is more than 9223372036854775807",
+       {"show", "-n", "9223372036854775808", table}},
+      {"show: --limit: \"0x10\" is no number from 0 on", {"show", "-n", "0x10", table}},
+      {"partition: N: \"2147483648\" is more than 2147483647", {"partition", table, "2147483648"}},
+      {"sort: --memory: \"9999999999G\" is more bytes than can be counted",
+       {"sort", "--by", "n", "--memory", "9999999999G", table}},
+  };
+  for (const auto& [text, given] : cases) {
+    const Outcome outcome = runTool(given);
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_EQ(outcome.errors, "zvwt: " + text + '\n');
+  }
+}
+
 TEST_F(Tool, SaysWhatIsWrongWithACommandLine) {
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
       {{}, "a verb is missing; zvwt --help tells what there is"},

@@ -20,6 +20,11 @@ std::optional<Number> readNumber(std::string_view text) {
   return number;
 }
 
+/// Whether a text means a number, however large.
+bool isWholeNumber(std::string_view text) {
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
 /// Splits NAME=VALUE at its last equals sign: names may contain some.
 std::pair<std::string, std::string> splitAssignment(const std::string& option,
                                                     const std::string& text) {
@@ -130,11 +135,8 @@ GivenType readGivenType(const std::string& text) {
 
 GivenWidth readGivenWidth(const std::string& text) {
   const auto [column, number] = splitAssignment("--width", text);
-  const std::optional<int> bytes = readNumber<int>(number);
-  if (bytes.value_or(0) < 1) {
-    throw CLI::ValidationError("--width", "\"" + number + "\" is no number of bytes from 1 on");
-  }
-  return {column, *bytes};
+  const std::int64_t bytes = readCount("--width", number, 1, std::numeric_limits<int>::max());
+  return {column, static_cast<int>(bytes)};
 }
 
 char readDelimiter(const std::string& text) {
@@ -188,7 +190,10 @@ std::int64_t readSize(const std::string& option, const std::string& text, std::i
       std::string_view(text).substr(0, text.size() - (shift > 0 ? 1 : 0));
   const std::int64_t number = readNumber<std::int64_t>(digits).value_or(-1);
   const std::int64_t most = std::numeric_limits<std::int64_t>::max() >> shift;
-  if (number < 0 || number > most || (number << shift) < least) {
+  if (isWholeNumber(digits) && (number < 0 || number > most)) {
+    throw CLI::ValidationError(option, '"' + text + "\" is more bytes than can be counted");
+  }
+  if (number < 0 || (number << shift) < least) {
     throw CLI::ValidationError(option, "\"" + text + "\" is no number of bytes from " +
                                            std::to_string(least) +
                                            " on, as it is or in K, M or G of 1024");
@@ -209,13 +214,17 @@ std::int64_t readAge(const std::string& option, const std::string& text) {
   return number * seconds;
 }
 
-CLI::Validator countFrom(std::int64_t least) {
-  return {[least](const std::string& text) {
-            const bool fits = readNumber<std::int64_t>(text).value_or(least - 1) >= least;
-            return fits ? std::string()
-                        : "\"" + text + "\" is no number from " + std::to_string(least) + " on";
-          },
-          ""};
+std::int64_t readCount(const std::string& option, const std::string& text, std::int64_t least,
+                       std::int64_t most) {
+  const std::optional<std::int64_t> number = readNumber<std::int64_t>(text);
+  if (isWholeNumber(text) && (!number.has_value() || *number > most)) {
+    throw CLI::ValidationError(option, '"' + text + "\" is more than " + std::to_string(most));
+  }
+  if (number.value_or(-1) < least) {
+    throw CLI::ValidationError(
+        option, '"' + text + "\" is no number from " + std::to_string(least) + " on");
+  }
+  return *number;
 }
 
 }  // namespace zvwttool

@@ -33,7 +33,8 @@ namespace zvwttool {
 /// 68 years.
 [[nodiscard]] std::int64_t readAge(const std::string& option, const std::string& text);
 
-/// Accepts a decimal number that is `least` or more.
-[[nodiscard]] CLI::Validator countFrom(std::int64_t least);
+/// A decimal number between the two, whatever zeros it begins with.
+[[nodiscard]] std::int64_t readCount(const std::string& option, const std::string& text,
+                                     std::int64_t least, std::int64_t most);
 
 }  // namespace zvwttool

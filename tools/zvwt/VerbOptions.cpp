@@ -1,5 +1,7 @@
 #include "VerbOptions.h"
 
+#include <limits>
+
 #include "Diagnostics.h"
 #include "OptionValues.h"
 #include "Source.h"
@@ -82,10 +84,13 @@ void addQuiet(CLI::App* verb) {
 }
 
 void addMaxElementSize(CLI::App* verb, std::int64_t* maxElementSize) {
-  verb->add_option("--max-element-size", *maxElementSize,
-                   "bytes of rows after which the table begins another pair of files; 0 for no "
-                   "limit")
-      ->check(countFrom(0))
+  verb->add_option_function<std::string>(
+          "--max-element-size",
+          [maxElementSize](const std::string& size) {
+            constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
+            *maxElementSize = readCount("--max-element-size", size, 0, most);
+          },
+          "bytes of rows after which the table begins another pair of files; 0 for no limit")
       ->take_last()
       ->type_name("BYTES");
 }

@@ -1,5 +1,6 @@
 #include "Verbs.h"
 
+#include <limits>
 #include <map>
 #include <memory>
 
@@ -116,10 +117,14 @@ void addAppend(CLI::App* app, Invocation* invocation) {
 
 void addShowOptions(CLI::App* verb, ShowOptions* given) {
   addReadOptions(verb, &given->read);
-  verb->add_option("-n,--limit", given->limit, "the most rows to print")
-      ->check(countFrom(0))
+  verb->add_option_function<std::string>(
+          "-n,--limit",
+          [given](const std::string& rows) {
+            given->limit = readCount("--limit", rows, 0, std::numeric_limits<std::int64_t>::max());
+          },
+          "the most rows to print")
       ->take_last()
-      ->capture_default_str()
+      ->default_str(std::to_string(given->limit))
       ->type_name("ROWS");
   verb->add_flag("--wide", given->isWide,
                  "print all columns and whole values, wherever lines end. Without it, columns fit "
@@ -241,7 +246,14 @@ void addPartition(CLI::App* app, Invocation* invocation) {
                "  zvwt partition \"$table\" 4 | xargs -P 4 -n 1 zvwt count\n"},
               runPartition);
   addSource(verb, "TABLE", &given->source);
-  verb->add_option("N", given->parts, "the most parts")->check(countFrom(1))->required();
+  verb->add_option_function<std::string>(
+          "N",
+          [given = given](const std::string& parts) {
+            constexpr int most = std::numeric_limits<int>::max();
+            given->parts = static_cast<int>(readCount("N", parts, 1, most));
+          },
+          "the most parts")
+      ->required();
 }
 
 void addUri(CLI::App* app, Invocation* invocation) {
