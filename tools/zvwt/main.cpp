@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <new>
+#include <sstream>
 
 #include "CommandDescription.h"
 #include "Diagnostics.h"
@@ -24,10 +25,14 @@ constexpr const char* examples =
     "  zvwt export --select name,born \"$sorted\" > sorted.csv\n"
     "  zvwt delete \"$table\" \"$sorted\"\n";
 
-[[noreturn]] void printAndEnd(const std::string& text) {
+void print(const std::string& text) {
   OutputBuffer output;
   output.append(text);
   output.finish();
+}
+
+[[noreturn]] void printAndEnd(const std::string& text) {
+  print(text);
   throw CLI::Success();
 }
 
@@ -60,7 +65,9 @@ ExitCode run(std::vector<std::string> arguments) {
     app.parse(std::move(arguments));
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) {
-      (void)app.exit(error);  // prints what was asked for
+      std::ostringstream text;
+      (void)app.exit(error, text, text);
+      print(text.str());
       return ExitCode::success;
     }
     throw Failure(ExitCode::usage, usageErrorText(app, error));
