@@ -324,6 +324,16 @@ TEST_F(ToolData, MindsWhichColumnsAUriNames) {
   EXPECT_EQ(missing.errors, "zvwt: the table has no column \"nn\"\n");
 }
 
+TEST_F(ToolData, KnowsEmptyValuesOfOptions) {
+  const std::string table = import("a,b\n1,\n");
+  EXPECT_EQ(run("export", {"--null=", table}).output, "a,b\n1,\n");
+  EXPECT_EQ(run("export", {"--delimiter=", table}).errors.find("--delimiter: \"\""), 14U);
+  EXPECT_EQ(run("export", {table, "--null", "--null="}).output, "a,b\n1,--null=\n");
+  EXPECT_EQ(run("export", {"--", "--null="}).errors.find("one argument too many"),
+            std::string::npos);
+  EXPECT_EQ(run("export", {"--null", "--", table}).output, "a,b\n1,--\n");
+}
+
 TEST_F(ToolData, RefusesFormsThatCannotBeReadBack) {
   const std::string table = import("a\n1\n");
   const std::string file = files_.write("in.csv", "a\n1\n");

@@ -430,9 +430,19 @@ TEST_F(Tool, SaysWhatIsWrongWithACommandLine) {
     EXPECT_EQ(outcome.exitCode, 2);
     EXPECT_EQ(outcome.errors, "zvwt: " + text + '\n');
   }
+}
+
+TEST_F(Tool, HelpsHoweverItIsAsked) {
   const Outcome help = runTool({"sort", "--help"});
   EXPECT_EQ(help.exitCode, 0);
   EXPECT_EQ(help.errors, "");
+  EXPECT_EQ(runTool({"help", "sort"}).output, help.output);
+  EXPECT_EQ(runTool({"help"}).output, runTool({"--help"}).output);
+  EXPECT_EQ(runTool({"help", "improt"}).errors, runTool({"improt"}).errors);
+  for (const char* option : {"--help", "--version"}) {
+    Program program(programWords({option}), {{}, {Stream::Kind::refusing, {}}, file("err")});
+    EXPECT_EQ(program.wait(), 5) << option;
+  }
   EXPECT_LT(help.output.find("Examples:"), help.output.find("Usage:"));
 }
 

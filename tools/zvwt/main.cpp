@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "CommandDescription.h"
+#include "CommandWords.h"
 #include "Diagnostics.h"
 #include "Directories.h"
 #include "Handles.h"
@@ -58,6 +59,7 @@ ExitCode run(std::vector<std::string> arguments) {
   Invocation invocation;
   addVerbs(&app, &invocation);
   if (!arguments.empty()) {
+    arguments = parsableWords(app, std::move(arguments));
     requireVerb(app, arguments.front());
   }
   try {
