@@ -191,20 +191,29 @@ class ToolInATerminal(unittest.TestCase):
         self.assertEqual(subprocess.run(words, capture_output=True).returncode, 0)
 
     def test_says_when_memory_is_short(self) -> None:
-        def run_short(*words: str) -> subprocess.CompletedProcess:
-            return subprocess.run(
-                ["sh", "-c", 'ulimit -v 40000 && exec "$0" "$@"', TOOL, *words],
-                capture_output=True,
-            )
+        def run_in(kilobytes: int, *words: str) -> subprocess.CompletedProcess:
+            limited = f'ulimit -v {kilobytes} && exec "$0" "$@"'
+            return subprocess.run(["sh", "-c", limited, TOOL, *words], capture_output=True)
 
-        if run_short("--version").returncode != 0:
+        if run_in(40_000, "--version").returncode != 0:
             self.skipTest("this build of the tool takes more memory than others")
         words = ("import", "--dir", str(self.tables))
         for text in ("a\n" + "x" * 30_000_000, 'a\n"' + '""' * 30_000_000 + '"\n'):
-            failed = run_short(*words, self.file(text))
+            failed = run_in(40_000, *words, self.file(text))
             self.assertEqual(failed.returncode, 5, failed.stderr)
             self.assertIn(b"memory", failed.stderr)
             self.assertEqual(list(self.tables.iterdir()), [])
+        # Wherever it ends, and whatever is being undone then.
+        path = self.file('a,b\n1,"' + "x" * 300_000 + '"\n')
+        limit = 1000
+        while run_in(limit, "--version").returncode != 0:
+            limit += 200
+        for more in range(0, 6000, 200):
+            ended = run_in(limit + more, *words, "--sort", "a", path)
+            self.assertIn(ended.returncode, (0, 5), (more, ended.stderr))
+            for file in self.tables.iterdir() if ended.returncode == 0 else []:
+                file.unlink()
+            self.assertEqual(list(self.tables.iterdir()), [], more)
 
     def test_leaves_nothing_when_it_is_interrupted(self) -> None:
         path = self.large_file(2_000_000)

@@ -26,6 +26,13 @@ void say(std::string_view text) {
   (void)std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
+void sayPlainly(std::string_view text) noexcept {
+  removeStatus();
+  writeErrors("zvwt: ");
+  writeErrors(text);
+  writeErrors("\n");
+}
+
 void beginLine() noexcept {
   if (terminalWidth(OutputStream::errors) > 0) {
     (void)std::fputc('\n', stderr);

@@ -8,7 +8,11 @@ namespace zvwttool {
 /// Writes one line, the tool's name before it.
 void say(std::string_view text);
 
-/// The same for what people may want to know and have not asked for.
+/// The same where there may be no memory: takes none, and writes the text, which is the tool's own,
+/// as it is.
+void sayPlainly(std::string_view text) noexcept;
+
+/// What say() does for what people may want to know and have not asked for.
 void remark(std::string_view text);
 /// From now on there are no remarks and no status; what goes wrong is said all the same.
 void beQuiet() noexcept;

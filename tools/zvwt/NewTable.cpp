@@ -1,11 +1,25 @@
 #include "NewTable.h"
 
+#include <new>
+
 #include "Diagnostics.h"
 #include "InterruptGuard.h"
 #include "OutputBuffer.h"
 #include "SortKeys.h"
 
 namespace zvwttool {
+
+namespace {
+
+void sayThatItStays(const ZvbString& reason) noexcept {
+  try {
+    say(std::string("the unfinished table stays behind: ") + reason.asCstr());
+  } catch (const std::bad_alloc&) {
+    sayPlainly("an unfinished table stays behind, and memory is short for the reason");
+  }
+}
+
+}  // namespace
 
 void NewTable::create(int columnCount, std::int64_t maxElementSize, std::size_t sortKeyCount) {
   ZvbString text;
@@ -99,7 +113,7 @@ NewTable::~NewTable() {
   table_.reset();
   ZvbString text;
   if (isOnDisk && !manager_->deleteTable(name, &text)) {
-    say(std::string("the unfinished table stays behind: ") + text.asCstr());
+    sayThatItStays(text);
   }
 }
 

@@ -89,19 +89,27 @@ ExitCode report(const Failure& failure) {
   return failure.code();
 }
 
+ExitCode runAndReport(std::vector<std::string> arguments) {
+  try {
+    return run(std::move(arguments));
+  } catch (const Failure& failure) {
+    return report(failure);
+  } catch (const std::bad_alloc&) {
+    throw;  // there may be none for a report either
+  } catch (const std::exception& error) {
+    return report({ExitCode::inputOutput, error.what()});
+  }
+}
+
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-  ExitCode result = ExitCode::success;
+  ExitCode result = ExitCode::inputOutput;
   prepareStreams();
   try {
-    result = run(commandLineArguments(argumentCount, arguments));
-  } catch (const Failure& failure) {
-    result = report(failure);
+    result = runAndReport(commandLineArguments(argumentCount, arguments));
   } catch (const std::bad_alloc&) {
-    result = report({ExitCode::inputOutput, "out of memory"});
-  } catch (const std::exception& error) {
-    result = report({ExitCode::inputOutput, error.what()});
+    sayPlainly("out of memory");
   }
   InterruptGuard::obey();
   return static_cast<int>(result);
