@@ -157,6 +157,25 @@ TEST_F(ToolSort, FindsColumnsWhoseNamesLookLikeModifiers) {
   }
 }
 
+TEST_F(ToolSort, SuggestsWhatAKeyWasToBe) {
+  const std::string text = "a,b:desc\n1,2\n";
+  const std::string table = import(text);
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {"a:dsc", "\"a:dsc\"; did you mean \"a:desc\"?"},
+      {"A:DESC:nocase", "\"A:DESC\"; did you mean \"A:desc:nocase\"?"},
+      {"a:null-last", "\"a:null-last\"; did you mean \"a:nulls-last\"?"},
+      {"a:first", "\"a:first\""},
+      {"b:desc", "\"b\"; did you mean \"b\\:desc\"?"},
+      {"b:desc:asc", "\"b\"; did you mean \"b\\:desc:asc\"?"},
+  };
+  for (const auto& [key, reason] : cases) {
+    EXPECT_EQ(run("sort", {"--by", key, table}).errors,
+              "zvwt: the table has no column " + reason + '\n');
+    const Outcome imported = run("import", {"--sort", key, files_.file("in.csv")});
+    EXPECT_EQ(imported.errors, "zvwt: --sort: there is no column " + reason + '\n');
+  }
+}
+
 TEST_F(ToolSort, RefusesAWrongCommandLine) {
   const std::string file = files_.write("in.csv", "a,b\n1,x\n");
   const std::vector<std::pair<std::string, std::vector<std::string>>> cases = {

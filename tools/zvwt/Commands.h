@@ -26,6 +26,7 @@ struct GivenWidth {
 /// One column that rows are sorted by.
 struct SortKey {
   std::string column;
+  std::string modifiers = {};  ///< behind it, as they were given
   bool isDescending = false;
   bool putsNullsLast = false;  ///< whatever the direction; else they come first
   bool ignoresCase = false;

@@ -17,6 +17,7 @@
 #include "NearName.h"
 #include "NewTable.h"
 #include "Progress.h"
+#include "SortKeys.h"
 #include "TypeInference.h"
 
 namespace zvwttool {
@@ -38,6 +39,12 @@ bool isNameless(const CsvReader& reader, std::size_t column) {
 
 bool sameName(const std::string& left, const std::string& right) {
   return ZvbString(left.c_str()).compare(right.c_str(), false) == 0;
+}
+
+[[noreturn]] void failForColumn(const char* option, const std::string& name,
+                                const std::string& suggestion) {
+  throw Failure(ExitCode::usage,
+                std::string(option) + ": there is no column " + quotedName(name) + suggestion);
 }
 
 /// One run of an import, step by step.
@@ -65,7 +72,9 @@ class Import {
   void defineColumns(NewTable* table) const;
   void writeRows(CsvReader* reader, NewTable* table);
   void convertRow(const CsvReader& reader);
+  [[nodiscard]] Column* findColumn(const std::string& name);
   [[nodiscard]] Column& columnOf(const char* option, const std::string& name);
+  [[nodiscard]] std::vector<std::string> columnNames() const;
   void reportColumns() const;
   void reportRows(const CsvReader& reader) const;
 
@@ -190,23 +199,33 @@ void Import::applyGivenWidths() {
 // Before the text is read through for its types.
 void Import::checkSortColumns() {
   for (const SortKey& key : options_.sort.keys) {
-    (void)columnOf("--sort", key.column);
+    if (findColumn(key.column) == nullptr) {
+      failForColumn("--sort", key.column, didYouMean(key, columnNames()));
+    }
   }
 }
 
-Column& Import::columnOf(const char* option, const std::string& name) {
+Column* Import::findColumn(const std::string& name) {
   const auto found = std::find_if(columns_.begin(), columns_.end(), [&name](const Column& column) {
     return sameName(column.name, name);
   });
-  if (found == columns_.end()) {
-    std::vector<std::string> known;
-    for (const Column& column : columns_) {
-      known.push_back(column.name);
-    }
-    throw Failure(ExitCode::usage, std::string(option) + ": there is no column " +
-                                       quotedName(name) + didYouMean(name, known));
+  return found == columns_.end() ? nullptr : &*found;
+}
+
+Column& Import::columnOf(const char* option, const std::string& name) {
+  Column* const found = findColumn(name);
+  if (found == nullptr) {
+    failForColumn(option, name, didYouMean(name, columnNames()));
   }
   return *found;
+}
+
+std::vector<std::string> Import::columnNames() const {
+  std::vector<std::string> names;
+  for (const Column& column : columns_) {
+    names.push_back(column.name);
+  }
+  return names;
 }
 
 void Import::inferTypes(CsvReader* reader) {

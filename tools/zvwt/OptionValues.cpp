@@ -79,9 +79,11 @@ bool applyModifier(std::string_view word, SortKey* key) {
 SortKey readSortKey(std::string_view text) {
   SortKey key;
   std::vector<std::string_view> parts = splitAt(':', text);
+  const std::string_view whole = text;
   for (; parts.size() > 1 && applyModifier(parts.back(), &key); parts.pop_back()) {
     text.remove_suffix(parts.back().size() + 1);
   }
+  key.modifiers = whole.substr(text.size());
   key.column = withoutBackslashes(text);
   return key;
 }

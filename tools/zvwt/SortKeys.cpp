@@ -1,5 +1,8 @@
 #include "SortKeys.h"
 
+#include <algorithm>
+#include <string_view>
+
 #include "DisplayText.h"
 #include "Failure.h"
 #include "NearName.h"
@@ -10,8 +13,48 @@ namespace {
 constexpr std::uint64_t ignoreCase = 1;
 constexpr std::uint64_t nullsLast = 2;
 
+bool contains(const std::vector<std::string>& columns, const std::string& wanted) {
+  return std::any_of(columns.begin(), columns.end(), [&wanted](const std::string& column) {
+    return ZvbString(column.c_str()).compare(wanted.c_str(), false) == 0;
+  });
+}
+
+/// A column's name as it has to stand in a sort key.
+std::string escaped(const std::string& column) {
+  std::string text;
+  for (const char character : column) {
+    text += std::string_view(",:\\").find(character) != std::string_view::npos ? "\\" : "";
+    text += character;
+  }
+  return text;
+}
+
+/// A column whose name ends with what was taken for modifiers, as it has to be written.
+std::string columnWithModifiers(const SortKey& key, const std::vector<std::string>& columns) {
+  std::string modifiers = key.modifiers;
+  while (!modifiers.empty()) {
+    if (contains(columns, key.column + modifiers)) {
+      return escaped(key.column + modifiers) + key.modifiers.substr(modifiers.size());
+    }
+    modifiers.resize(modifiers.rfind(':'));
+  }
+  return "";
+}
+
+/// The key with the modifier that what stands behind the column's last colon is near to.
+std::string keyWithModifier(const SortKey& key, const std::vector<std::string>& columns) {
+  const std::size_t colon = key.column.rfind(':');
+  if (colon == std::string::npos || !contains(columns, key.column.substr(0, colon))) {
+    return "";
+  }
+  const std::string modifier =
+      nearest(key.column.substr(colon + 1), {"desc", "asc", "nulls-last", "nocase"});
+  return modifier.empty() ? ""
+                          : escaped(key.column.substr(0, colon)) + ':' + modifier + key.modifiers;
+}
+
 /// The number of a column, and its type.
-int findColumn(ZvWorkTableFile& columns, const std::string& wanted, zvbType* type) {
+int findColumn(ZvWorkTableFile& columns, const SortKey& key, zvbType* type) {
   const int count = columns.getColumnCount();
   std::vector<std::string> others;
   for (int column = 0; column < count; ++column) {
@@ -21,22 +64,29 @@ int findColumn(ZvWorkTableFile& columns, const std::string& wanted, zvbType* typ
     if (!columns.getColumnDefinition(column, &name, type, &width, &maxLength)) {
       throw libraryFailure(columns.getErrorMessage());
     }
-    if (name.compare(wanted.c_str(), false) == 0) {
+    if (name.compare(key.column.c_str(), false) == 0) {
       return column;
     }
     others.emplace_back(name.asCstr());
   }
   throw Failure(ExitCode::usage,
-                "the table has no column " + quotedName(wanted) + didYouMean(wanted, others));
+                "the table has no column " + quotedName(key.column) + didYouMean(key, others));
 }
 
 }  // namespace
+
+std::string didYouMean(const SortKey& key, const std::vector<std::string>& columns) {
+  const std::string column = columnWithModifiers(key, columns);
+  const std::string meant = column.empty() ? keyWithModifier(key, columns) : column;
+  return meant.empty() ? didYouMean(key.column, columns)
+                       : "; did you mean " + quotedName(meant) + '?';
+}
 
 void setSortKeys(const SortPlan& plan, ZvWorkTableFile& columns, ZvWorkTableFile* table) {
   int number = 0;
   for (const SortKey& key : plan.keys) {
     zvbType type = zvbTypeString;
-    const int column = findColumn(columns, key.column, &type);
+    const int column = findColumn(columns, key, &type);
     if (key.ignoresCase && type != zvbTypeString) {
       throw Failure(ExitCode::usage, "column " + quotedName(key.column) +
                                          " has no texts whose case could be ignored");
