@@ -107,9 +107,9 @@ ZVB_API int zvwtColumnType(ZvwfHandle* cursor, int index);
  * when there is no table. */
 ZVB_API int64_t zvwtRowCount(ZvwfHandle* cursor);
 
-/** Reads rows, from where reading stands: up to `maxRows`, which is above 0. `texts` has room for
- * maxRows times the column count. It gets the values' texts, row by row; **null stands for a null
- * value**, which the function value cannot tell from an empty text.
+/** Reads rows, from where reading stands: up to `maxRows`, of which there must be 1 or more (else
+ * 1800). `texts` has room for maxRows times the column count. It gets the values' texts, row by
+ * row; **null stands for a null value**, which the function value cannot tell from an empty text.
  *
  * Returns the number of rows read, which may be smaller before the end too; 0 at the end; -1 on
  * failure. A row that cannot be read does not cost those before it: they are returned first, and
@@ -118,9 +118,9 @@ ZVB_API int64_t zvwtRowCount(ZvwfHandle* cursor);
  * rewind, create, zvwtOpenTable or release is called. The function value does not give them. */
 ZVB_API int zvwtReadRows(ZvwfHandle* cursor, int maxRows, const char** texts);
 
-/** Appends `rowCount` rows, whose texts stand in `texts` row by row; null stands for a null value.
- * A text that cannot be converted to its column's type is refused with its row, where the function
- * appendRow stores a null.
+/** Appends `rowCount` rows, 0 or more (else 1800), whose texts stand in `texts` row by row; null
+ * stands for a null value. A text that cannot be converted to its column's type is refused with its
+ * row (1799), where the function appendRow stores a null.
  *
  * Returns the number of rows appended. When it is not rowCount, the row of that number, from 0, has
  * failed, and those behind it have not been looked at. A refused text leaves the table as it is:

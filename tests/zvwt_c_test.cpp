@@ -197,7 +197,10 @@ TEST_F(FunctionsForC, ReadAsManyRowsAtOnceAsMakeSense) {
   const std::string name = makeCountingTable(10000);
   const Handle cursor = opened(name);
   std::vector<const char*> texts(20000);
-  EXPECT_EQ(0, zvwtReadRows(cursor.get(), 0, texts.data()));
+  for (const int none : {0, -1}) {
+    EXPECT_EQ(-1, zvwtReadRows(cursor.get(), none, texts.data()));
+    expectReason(1800, cursor);
+  }
   EXPECT_EQ(0, cursor->functions->next(cursor.get()));
   std::int64_t expected = 1;
   int rows = 0;
@@ -255,6 +258,8 @@ TEST_F(FunctionsForC, RefuseWhatTheyWouldLose) {
   }
   EXPECT_EQ(0, append(cursor, {"4", "9999-12-31 23:59:59.9995"}));  // has no text
   expectReason(1799, cursor);
+  EXPECT_EQ(0, zvwtAppendRows(cursor.get(), -1, nullptr));
+  expectReason(1800, cursor);
   EXPECT_EQ(1, append(cursor, {"4", "9999-12-31 23:59:59.9994"}));
   finish(cursor);
   EXPECT_EQ((Lines{"1|null", "4|9999-12-31T23:59:59.999"}), readAll(cursor));

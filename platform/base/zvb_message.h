@@ -74,6 +74,8 @@ inline constexpr ZvbMessageEntry zvbMessageCatalogue[] = {
     {1798, "", "A cursor cannot be copied from itself."},
     {1799, "ttt",
      "The row is not appended: the text \"%1\" is no %2, as the values of the column \"%3\" are."},
+    {1800, "i",
+     "The number of rows cannot be %1: give 1 or more to read rows, 0 or more to append them."},
     {1801, "tlt", "The sort setting \"%1\" cannot be %2: give %3."},
     {1802, "ili",
      "Sort key number %1 cannot be column number %2: the records have %3 columns, counted from 0."},

@@ -170,8 +170,12 @@ bool ZvWorkTableCursorImpl::appendRow() noexcept {
 
 // ---- Many rows at once, as texts
 
+bool ZvWorkTableCursorImpl::isRowCount(int rows, int least) noexcept {
+  return rows >= least || fail(WT_MESSAGE(wrongRowCount, rows));
+}
+
 int ZvWorkTableCursorImpl::readTexts(int maxRows, const char** texts) noexcept {
-  if (!canRead() || !makeBatch(maxRows)) {
+  if (!canRead() || !isRowCount(maxRows, 1) || !makeBatch(maxRows)) {
     return -1;
   }
   const auto columns = static_cast<std::size_t>(table_->getColumnCount());
@@ -195,7 +199,7 @@ int ZvWorkTableCursorImpl::readTexts(int maxRows, const char** texts) noexcept {
 /// large, so that these do not add up.
 bool ZvWorkTableCursorImpl::makeBatch(int maxRows) noexcept {
   const int columns = table_->getColumnCount();
-  const int rows = std::clamp(batchValueLimit / std::max(columns, 1), 1, std::max(maxRows, 1));
+  const int rows = std::clamp(batchValueLimit / std::max(columns, 1), 1, maxRows);
   if (batch_ != nullptr && rows <= batchRows_ && longBytes_ <= batchTextLimit) {
     return true;
   }
@@ -222,7 +226,19 @@ bool ZvWorkTableCursorImpl::lendTexts(ZvbDatavar* values, const char** texts) no
   return true;
 }
 
-bool ZvWorkTableCursorImpl::appendTexts(const char* const* texts) noexcept {
+int ZvWorkTableCursorImpl::appendTexts(int rowCount, const char* const* texts) noexcept {
+  if (!isRowCount(rowCount, 0)) {
+    return 0;
+  }
+  const auto columns = static_cast<std::size_t>(columnCount());
+  int row = 0;
+  while (row < rowCount && appendRowOfTexts(texts + static_cast<std::size_t>(row) * columns)) {
+    ++row;
+  }
+  return row;
+}
+
+bool ZvWorkTableCursorImpl::appendRowOfTexts(const char* const* texts) noexcept {
   if (!newRow()) {
     return false;
   }

@@ -64,12 +64,13 @@ class ZvWorkTableCursorImpl final : public ZvWorkTableCursor {
   [[nodiscard]] bool open(const ZvbString& nameOrUri, bool readBackwards) noexcept;
 
   /// Reads up to `maxRows` rows and points at their texts, row by row; null for a null. The number
-  /// of rows, 0 at the end; -1 when there is none because the first has failed. A later one that
-  /// fails is told by what reads next.
+  /// of rows, 0 at the end; -1 when there is none because the first has failed, or `maxRows` is not
+  /// above 0. A later one that fails is told by what reads next.
   [[nodiscard]] int readTexts(int maxRows, const char** texts) noexcept;
 
-  /// Appends a row of texts, null for a null, each of which has to be of its column's type.
-  [[nodiscard]] bool appendTexts(const char* const* texts) noexcept;
+  /// Appends rows of texts, null for a null, each of which has to be of its column's type. The
+  /// number of rows before the first that has failed.
+  [[nodiscard]] int appendTexts(int rowCount, const char* const* texts) noexcept;
 
   /// What copyFrom does, for cursors of either kind: refuses a source that is not there or that is
   /// the target itself, closes, and lets `copy` do the rest with the place for its error text.
@@ -113,6 +114,8 @@ class ZvWorkTableCursorImpl final : public ZvWorkTableCursor {
   bool makeRow(RowValues* row) noexcept;
   bool makeBatch(int maxRows) noexcept;
   bool lendTexts(ZvbDatavar* values, const char** texts) noexcept;
+  bool isRowCount(int rows, int least) noexcept;
+  bool appendRowOfTexts(const char* const* texts) noexcept;
   bool setText(int index, const char* text) noexcept;
   bool close() noexcept;
   bool letGoOfTable(const ZvbString& spared = {}) noexcept;

@@ -92,11 +92,5 @@ int zvwtReadRows(ZvwfHandle* cursor, int maxRows, const char** texts) {
 }
 
 int zvwtAppendRows(ZvwfHandle* cursor, int rowCount, const char* const* texts) {
-  ZvWorkTableCursorImpl& engine = engineOf(cursor);
-  const auto columns = static_cast<std::size_t>(engine.columnCount());
-  int row = 0;
-  while (row < rowCount && engine.appendTexts(texts + static_cast<std::size_t>(row) * columns)) {
-    ++row;
-  }
-  return row;
+  return engineOf(cursor).appendTexts(rowCount, texts);
 }

@@ -45,6 +45,7 @@ inline constexpr int rowBeyondElement = 1794;
 inline constexpr int cursorLacks = 1797;  // what
 inline constexpr int copiedFromItself = 1798;
 inline constexpr int valueOfOtherType = 1799;  // text, type, column name
+inline constexpr int wrongRowCount = 1800;     // row count
 
 }  // namespace message
 
