@@ -125,6 +125,7 @@ TEST_F(FunctionsForC, WriteEveryTypeAndKeepTheTableWhenTold) {
   {
     const Handle cursor =
         newTable({ZVWT_BOOLEAN, ZVWT_INTEGER, ZVWT_REAL, ZVWT_STRING, ZVWT_DATE, 77});
+    EXPECT_EQ(ZVWT_STRING, zvwtColumnType(cursor.get(), 5));  // as it is read
     EXPECT_EQ(2, append(cursor, {"YES", "-9223372036854775808", "1e-3", "", "2024-02-29 13:45", "x",
                                  nullptr, nullptr, nullptr, nullptr, nullptr, nullptr}));
     EXPECT_EQ(2, zvwtRowCount(cursor.get()));

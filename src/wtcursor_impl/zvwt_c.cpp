@@ -64,7 +64,8 @@ ZvwfHandle* zvwtNewCursor(ZvWorkTableManager* manager) {
 }
 
 void zvwtAddColumn(ZvwfHandle* cursor, const char* name, int type) {
-  engineOf(cursor).addColumn(name, static_cast<zvbType>(type));
+  const bool isType = type >= ZVWT_BOOLEAN && type <= ZVWT_DATE;
+  engineOf(cursor).addColumn(name, isType ? static_cast<zvbType>(type) : zvbTypeString);
 }
 
 int zvwtOpenTable(ZvwfHandle* cursor, const char* nameOrUri, int readBackwards) {
