@@ -7,7 +7,8 @@
  *   if (table->create(cursor) != 0) puts(table->errorMessage(cursor));
  *
  * Texts are UTF-8 and end with a zero byte. A text that a function gives belongs to the cursor and
- * is valid until the next function that gives one is called on it: columnName, errorMessage, value.
+ * is valid until the next function that gives one is called on it: columnName, errorMessage, value,
+ * and zvwtTableName of zvwt_c.h.
  * A null value, and a text that cannot be had, is given as an empty text.
  * What the operations do is said in ZvWorkTableCursor.h and ZvWorkTableStringCursor.h.
  * Thread rule: one thread at a time uses a cursor.
@@ -42,7 +43,7 @@ struct ZvwfFunctions {
   /** The reason of the last failure; empty when nothing has failed. */
   const char* (*errorMessage)(ZvwfHandle* handle);
   int (*columnCount)(ZvwfHandle* handle);
-  /** The number of rows, -1 when it does not fit an int. */
+  /** The number of rows, -1 when it does not fit an int or there is no table. */
   int (*rowCount)(ZvwfHandle* handle);
   /** Puts a value of the row that next has read into *text. Always 0. */
   int (*value)(ZvwfHandle* handle, int index, const char** text);

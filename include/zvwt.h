@@ -22,7 +22,8 @@
 ///
 /// `directoryList` names the directories for its tables, separated by np_dir_listsep. Given empty,
 /// the configuration option "BASE/TEMP" is used, else the system's temporary directory. An empty
-/// entry in the list is the current directory.
+/// entry in the list is the current directory. Directories are first looked at when a table is made
+/// or opened. `name` is one by which copyTable finds this manager; files do not have it.
 /// `*error` must be empty. Returns null with the reason in *error, or with *error still empty when
 /// the manager itself could not be allocated. The caller frees the manager with release().
 /// May be called from any thread.

@@ -1,37 +1,51 @@
 /** @file
  * Work tables for C, and for every language that calls C: what leads to the functions of zvwf.h.
  *
- *   char error[256];
+ *   char error[256] = "";
  *   ZvWorkTableManager* manager = zvwtNewManager("reports", "", error, sizeof error);
- *   ZvwfHandle* cursor = zvwtNewCursor(manager);
- *   if (zvwtOpenTable(cursor, "zvwt_ab12", 0) == 0) {
- *     while (cursor->functions->next(cursor) == 0) {
- *       const char* text = "";
- *       (void)cursor->functions->value(cursor, 0, &text);
+ *   ZvwfHandle* cursor = manager == NULL ? NULL : zvwtNewCursor(manager);
+ *   if (cursor == NULL) {
+ *     printf("no cursor: %s\n", error);
+ *   } else {
+ *     const ZvwfFunctions* table = cursor->functions;
+ *     const char* text = "";
+ *     int status = zvwtOpenTable(cursor, "zvwt_ab12", 0) == 0 ? table->next(cursor) : -1;
+ *     for (; status == 0; status = table->next(cursor)) {
+ *       (void)table->value(cursor, 0, &text);
  *       puts(text);
  *     }
+ *     if (status != 1) {  // 1 is the end of the rows, -1 a failure
+ *       puts(table->errorMessage(cursor));
+ *     }
+ *     table->release(cursor);
  *   }
- *   cursor->functions->release(cursor);
  *   zvwtReleaseManager(manager);
  *
  * To read: zvwtNewCursor, zvwtOpenTable, then next and value, or zvwtReadRows for many rows at
  * once. To write: zvwtNewCursor, zvwtAddColumn for each column, create; for each row newRow,
  * setValue, appendRow, or zvwtAppendRows for many; endAppend and zvwtKeepTable; release.
+ * Appending to a finished table, copying, sorting, checking and cleaning up are left to the classes
+ * of zvwt.h and to the tool.
  *
- * Texts are UTF-8 and end with a zero byte. What is given is copied. Values travel as texts:
+ * Texts are UTF-8 and end with a zero byte. What is given is copied. Pointers must not be null
+ * unless it is said that they may be. Values travel as texts:
  *
  *   type          text that is read              text that is taken
  *   ZVWT_BOOLEAN  true false                     also yes no 1 0, in any case
- *   ZVWT_INTEGER  -42                            also decimals, cut toward zero
- *   ZVWT_REAL     -0.5 1E+99, up to 38 digits    [+-]digits[.digits][(e|E)[+-]digits]
+ *   ZVWT_INTEGER  -42                            a ZVWT_REAL, cut toward zero
+ *   ZVWT_REAL     -0.5 1e99                      [+-]digits[.digits][(e|E)[+-]digits]
  *   ZVWT_STRING   as it is                       as it is
- *   ZVWT_DATE     2024-02-29T13:45:10.250        also with a blank for the T, or without a time
+ *   ZVWT_DATE     2024-02-29T13:45:10.250        YYYY-MM-DD[(T| )HH:MM[:SS[.digits]]]
+ *
+ * Blanks, tabs and line ends around a text that is taken are ignored, but for ZVWT_STRING. A real
+ * has up to 38 significant digits; more are refused unless they are zeros. A date is read rounded
+ * to milliseconds.
  *
  * Errors: functions that answer with an int give 0 for success and 1 for failure, where nothing
  * else is said. The reason is the cursor's errorMessage; functions of managers write it, ended by a
  * zero byte, to `error`, which has room for `errorSize` bytes, and cut a longer one at a character;
  * both may be 0. The texts are those that ZvWorkTableManager.h, ZvWorkTableFile.h and
- * ZvWorkTableCursor.h list by their numbers. Nothing throws.
+ * ZvWorkTableCursor.h list by their numbers, and those listed here. Nothing throws.
  * Thread rule: a manager may be used by several threads at once, a cursor by one at a time.
  */
 #ifndef ZVWT_C_H
@@ -62,8 +76,11 @@ typedef enum ZvwtColumnType {
 /* NOLINTEND(modernize-*) */
 
 /** Makes a manager of tables in the directories listed, as zvwtCreateManager does: they are parted
- * by ':', on Windows by ';'; an empty list is the system's temporary directory. Null on failure.
- * The caller frees the manager with zvwtReleaseManager, after all its cursors. */
+ * by ':', on Windows by ';'; an empty list stands for the option BASE/TEMP (the environment
+ * variable ZVB_BASE_TEMP), else for the system's temporary directory. Directories are first looked
+ * at when a table is made or opened. `name` is one by which copyTable of ZvWorkTableManager.h finds
+ * this manager; files do not have it. Null on failure. The caller frees the manager with
+ * zvwtReleaseManager, after all its cursors. */
 ZVB_API ZvWorkTableManager* zvwtNewManager(const char* name, const char* directoryList, char* error,
                                            size_t errorSize);
 
@@ -92,8 +109,9 @@ ZVB_API void zvwtAddColumn(ZvwfHandle* cursor, const char* name, int type);
  */
 ZVB_API int zvwtOpenTable(ZvwfHandle* cursor, const char* nameOrUri, int readBackwards);
 
-/** Lets a created table stay on disk when its cursor is released. Call it when endAppend has
- * succeeded: only then is every row stored. */
+/** Lets the table that the cursor has created stay on disk when the cursor lets go of it; those
+ * that it creates later do not. Call it when endAppend has succeeded: only then is every row
+ * stored. */
 ZVB_API void zvwtKeepTable(ZvwfHandle* cursor);
 
 /** The table's name, by which it is opened and deleted; empty when there is no table. The text
@@ -124,7 +142,8 @@ ZVB_API int zvwtReadRows(ZvwfHandle* cursor, int maxRows, const char** texts);
  *
  * Returns the number of rows appended. When it is not rowCount, the row of that number, from 0, has
  * failed, and those behind it have not been looked at. A refused text leaves the table as it is:
- * other rows may follow. What the disk refuses fails endAppend, too. */
+ * other rows may follow. What the disk refuses fails endAppend, too. A row begun with newRow is
+ * lost. */
 ZVB_API int zvwtAppendRows(ZvwfHandle* cursor, int rowCount, const char* const* texts);
 
 #ifdef __cplusplus
