@@ -23,11 +23,21 @@ bool isOneOf(std::initializer_list<int> numbers, int number) {
   return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
 }
 
+/// The name, without its directory, of the file that could not be opened.
+std::string_view unopenedFile(std::string_view message) {
+  const std::string_view path = message.substr(0, message.rfind("\" cannot be opened: "));
+  return path.substr(path.find_last_of("/\\\"") + 1);
+}
+
 /// A file that cannot be opened is not there, or the system does not let it be: by the words and
-/// the status that the library has for the former.
+/// the status that the library has for the former. A table whose rows are not there is damaged.
 ExitCode codeOfOpening(std::string_view message) {
   const bool isMissing =
       message.ends_with("file or directory not found.") || message.ends_with("system status 3.");
+  const std::string_view file = unopenedFile(message);
+  if (isMissing && (file.starts_with("zvwte_") || file.starts_with("zvwtei_"))) {
+    return ExitCode::damaged;
+  }
   return isMissing ? ExitCode::notFound : ExitCode::inputOutput;
 }
 
@@ -46,7 +56,7 @@ std::string_view reported(std::string_view message) {
 }
 
 ExitCode codeOf(std::string_view message) {
-  const int number = numberOf(message);
+  const int number = causeOf(message);
   if (isOneOf({1352, 1353}, number)) {
     return codeOfOpening(message);
   }
@@ -57,13 +67,15 @@ ExitCode codeOf(std::string_view message) {
               number)) {
     return ExitCode::inputOutput;
   }
-  if (isOneOf({1780, 1781, 1782}, number)) {
-    return codeOf(reported(message));
-  }
   return ExitCode::usage;
 }
 
 }  // namespace
+
+int causeOf(std::string_view message) {
+  const int number = numberOf(message);
+  return isOneOf({1780, 1781, 1782}, number) ? causeOf(reported(message)) : number;
+}
 
 Failure libraryFailure(const ZvbString& message, const std::string& about) {
   if (message.memoryShort() || message.isEmpty()) {

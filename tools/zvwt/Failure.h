@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "ExitCode.h"
 #include "base/ZvbString.h"
@@ -23,6 +24,10 @@ class Failure : public std::runtime_error {
 /// What the library gives as the reason of a failure, with the code that fits its number. `about`
 /// stands before it where the message does not say which table it is.
 [[nodiscard]] Failure libraryFailure(const ZvbString& message, const std::string& about = "");
+
+/// The number of a message of the library, or of the one that it reports as its reason; 0 for any
+/// other text.
+[[nodiscard]] int causeOf(std::string_view message);
 
 /// What the system gives as the reason of a failure by an errno value.
 [[nodiscard]] Failure systemFailure(int errorNumber, const std::string& about);
