@@ -24,7 +24,7 @@ TEST_F(Tool, ChecksTables) {
   EXPECT_EQ(outcome.exitCode, 3);
   EXPECT_EQ(outcome.output,
             damaged + ": " + place + ", byte 24: " + rule + '\n' + sound + ": sound, 2 rows\n");
-  EXPECT_TRUE(outcome.errors.starts_with("zvwt: zvwt_missing: 1353")) << outcome.errors;
+  EXPECT_NE(outcome.errors.find("zvwt_missing"), std::string::npos) << outcome.errors;
 
   outcome = run("check", {"--json", sound, damaged});
   EXPECT_EQ(outcome.exitCode, 1);

@@ -306,7 +306,7 @@ TEST_F(Tool, TakesNamesForFilesInItsDirectoriesAndNothingElse) {
     for (const char* verb : {"show", "export", "copy", "info", "check", "delete"}) {
       const Outcome outcome = run(verb, {name});
       EXPECT_EQ(outcome.exitCode, 2) << verb << ' ' << name;
-      EXPECT_NE(outcome.errors.find("not a plain file name"), std::string::npos) << outcome.errors;
+      EXPECT_NE(outcome.errors.find(" is no table's name"), std::string::npos) << outcome.errors;
     }
     EXPECT_EQ(run("append", {table, name}).exitCode, 2);
     EXPECT_EQ(run("append", {name, table}).exitCode, 2);
@@ -336,7 +336,58 @@ TEST_F(Tool, FailsWhenNotEverythingWasRead) {
   EXPECT_EQ(outcome.exitCode, 4);
   EXPECT_TRUE(text.starts_with(outcome.output)) << outcome.output;
   EXPECT_TRUE(outcome.output.starts_with("t\nrow 0\n")) << outcome.output;
-  EXPECT_TRUE(outcome.errors.starts_with("zvwt: ")) << outcome.errors;
+  EXPECT_TRUE(outcome.errors.starts_with("zvwt: " + table + ": ")) << outcome.errors;
+  const std::string sound = import("t\nx\n");
+  for (const Words& words : {Words{"show", "-n", "1000", "zvwt:" + table + "?col=t"},
+                             {"copy", table},
+                             {"count", "--where", "t=x", table},
+                             {"append", sound, table}}) {
+    const Outcome failed = run(words[0], {words.begin() + 1, words.end()});
+    EXPECT_EQ(failed.exitCode, 4) << words[0];
+    EXPECT_TRUE(failed.errors.ends_with("; zvwt check " + table + " tells where\n"))
+        << failed.errors;
+  }
+}
+
+TEST_F(Tool, TakesATableForDamagedThatLacksFiles) {
+  const std::string table = import("t\nx\n");
+  for (const std::string& name : tables_.names()) {
+    if (name.starts_with("zvwte_")) {
+      std::filesystem::remove(tables_.file(name));
+    }
+  }
+  EXPECT_EQ(run("export", {table}).exitCode, 4);
+  EXPECT_EQ(run("copy", {table}).exitCode, 4);
+  EXPECT_EQ(run("info", {table}).exitCode, 4);
+  std::filesystem::resize_file(tables_.file(table), 30);
+  const Outcome outcome = run("delete", {table, "zvwt_missing", "a/b"});
+  EXPECT_EQ(outcome.exitCode, 4);
+  EXPECT_NE(outcome.errors.find("; its catalogue is " + tables_.file(table) + ": "),
+            std::string::npos)
+      << outcome.errors;
+}
+
+TEST_F(Tool, SuggestsWhichTableWasMeant) {
+  const std::string table = import("a\n1\n");
+  const std::string shortened = table.substr(0, table.size() - 1);
+  const std::string question = "; did you mean \"" + table + "\"?\n";
+  EXPECT_TRUE(run("show", {shortened}).errors.ends_with(question));
+  EXPECT_TRUE(run("delete", {shortened}).errors.ends_with(question));
+  EXPECT_TRUE(run("append", {"x", table}).errors.ends_with("; zvwt list tells what there is\n"));
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {"zvwt:" + table + "?rows=0,1",
+       "\"zvwt:" + table + "?rows=0,1\" is a URI: give the table's name, " + table},
+      {"./" + table,
+       "\"./" + table + "\" is no table's name: give it without its directory; --dir names that"},
+      {"", "\"\" is no table's name"},
+  };
+  for (const auto& [name, text] : cases) {
+    for (const char* verb : {"check", "delete"}) {
+      const Outcome outcome = run(verb, {name});
+      EXPECT_EQ(outcome.exitCode, 2);
+      EXPECT_EQ(outcome.errors, "zvwt: " + text + '\n');
+    }
+  }
 }
 
 TEST_F(Tool, FailsWhenItsOutputIsRefused) {

@@ -1,7 +1,7 @@
 #include "Commands.h"
-#include "Failure.h"
 #include "SignalHandler.h"
 #include "Source.h"
+#include "TableFailure.h"
 
 namespace zvwttool {
 
@@ -13,7 +13,9 @@ ExitCode runAppend(ZvWorkTableManager& manager, const AppendOptions& options) {
   const LastWords words("interrupted; the table has either all of the new rows or none of them");
   ZvbString text;
   if (!manager.appendTable(options.target.c_str(), source.uri(), &text)) {
-    throw libraryFailure(text);
+    const bool isOfSource = text.asView().starts_with("1782: ");  // which it names
+    const std::string table = isOfSource ? source.table().asCstr() : options.target;
+    throw openingFailure(manager, table, text, adviceToCheck(table));
   }
   return ExitCode::success;
 }

@@ -5,9 +5,9 @@
 #include "Commands.h"
 #include "Counted.h"
 #include "Diagnostics.h"
-#include "Failure.h"
 #include "JsonWriter.h"
 #include "OutputBuffer.h"
+#include "TableFailure.h"
 
 namespace zvwttool {
 namespace {
@@ -78,7 +78,7 @@ void printSound(ZvWorkTableManager& manager, const std::string& table, OutputBuf
   ZvwtTableSizes sizes{};
   ZvbString error;
   if (!zvwtGetTableSizes(&manager, table.c_str(), &sizes, &error)) {
-    throw libraryFailure(error, table + ": ");
+    throw openingFailure(manager, table, error, "");
   }
   output->append(table + ": sound, " + counted(sizes.rowCount, "row") + '\n');
 }
@@ -89,7 +89,7 @@ ExitCode checkOne(ZvWorkTableManager& manager, const std::string& table, bool as
   std::int64_t findings = 0;
   ZvbString error;
   if (!zvwtCheckTable(&manager, table.c_str(), FindingPrinter::take, printer, &findings, &error)) {
-    throw libraryFailure(error, table + ": ");
+    throw openingFailure(manager, table, error, "");
   }
   if (findings > 0) {
     return ExitCode::findings;

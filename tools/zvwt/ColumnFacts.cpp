@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <new>
 
-#include "Failure.h"
+#include "TableFailure.h"
 #include "ValueOrder.h"
 #include "ZvwtHandles.h"
 
@@ -45,7 +45,7 @@ std::vector<ColumnFacts> readColumnFacts(ZvWorkTableFile* table) {
     }
   }
   if (!rows.complete()) {
-    throw libraryFailure(table->getErrorMessage());
+    throw readingFailure(table->getName().asCstr(), table->getErrorMessage());
   }
   return facts;
 }

@@ -28,6 +28,17 @@ std::string joinDirectories(const std::vector<std::string>& directories) {
   return list;
 }
 
+std::string pathOfTable(const std::string& table, const std::vector<std::string>& directories) {
+  for (const std::string& directory : directories) {
+    const std::filesystem::path path = pathOfText(directory) / pathOfText(table);
+    std::error_code ignored;
+    if (std::filesystem::exists(path, ignored)) {
+      return textOfPath(path);
+    }
+  }
+  return "";
+}
+
 std::filesystem::path pathOfText(const std::string& text) {
   return std::u8string(text.begin(), text.end());
 }

@@ -1,4 +1,3 @@
-#include <filesystem>
 #include <optional>
 
 #include "CellText.h"
@@ -10,6 +9,7 @@
 #include "JsonWriter.h"
 #include "OutputLook.h"
 #include "Source.h"
+#include "TableFailure.h"
 
 namespace zvwttool {
 namespace {
@@ -18,18 +18,6 @@ using Kind = TextGrid::Kind;
 
 constexpr std::size_t cellWidthLimit = 260;  // as long as a table's path can be
 constexpr std::size_t valueWidthLimit = 60;  // where there are values of the table's
-
-/// Where the library finds the table: in the first of the directories that has it.
-std::string pathOf(const std::string& table, const std::vector<std::string>& directories) {
-  for (const std::string& directory : directories) {
-    const std::filesystem::path path = pathOfText(directory) / pathOfText(table);
-    std::error_code ignored;
-    if (std::filesystem::exists(path, ignored)) {
-      return textOfPath(path);
-    }
-  }
-  return "";
-}
 
 void addFact(std::string_view what, std::string_view value, TextGrid* grid) {
   grid->addCell(what);
@@ -69,13 +57,13 @@ TableInfo tableInfo(ZvWorkTableManager& manager, ZvWorkTableFile* table, bool re
   const ZvbString name = table->getName();
   TableInfo info = {
       .name = name.asCstr(),
-      .path = pathOf(name.asCstr(), splitDirectories(manager.getDirectoryList().asCstr())),
+      .path = pathOfTable(name.asCstr(), splitDirectories(manager.getDirectoryList().asCstr())),
       .sizes = {},
       .columns = {},
       .facts = {}};
   ZvbString error;
   if (!zvwtGetTableSizes(&manager, name, &info.sizes, &error)) {
-    throw libraryFailure(error);
+    throw readingFailure(name.asCstr(), error);
   }
   for (int column = 0; column < table->getColumnCount(); ++column) {
     info.columns.push_back(columnInfo(table, column));

@@ -6,6 +6,7 @@
 #include "InterruptGuard.h"
 #include "OutputBuffer.h"
 #include "SortKeys.h"
+#include "TableFailure.h"
 
 namespace zvwttool {
 
@@ -31,7 +32,7 @@ void NewTable::create(int columnCount, std::int64_t maxElementSize, std::size_t 
 void NewTable::copy(const ZvbString& uri, std::int64_t maxElementSize) {
   ZvbString text;
   table_.reset(manager_->copyTable(maxElementSize, manager_, uri, &text));
-  requireOfManager(table_ != nullptr, text);
+  requireOfCopy(table_ != nullptr, text, uri);
   close();
 }
 
@@ -44,13 +45,13 @@ void NewTable::copySorted(const ZvbString& uri, std::int64_t maxElementSize, con
   ZvbString text;
   isClosed_ = manager_->copyIntoTable(table_.get(), manager_, uri, &text);
   removeStatus();
-  requireOfManager(isClosed_, text);
+  requireOfCopy(isClosed_, text, uri);
 }
 
 void NewTable::append(const ZvbString& uri) {
   ZvbString text;
   const bool appended = manager_->appendTable(table_->getName(), uri, &text);
-  requireOfManager(appended, text);
+  requireOfCopy(appended, text, uri);
 }
 
 void NewTable::defineColumn(int index, const std::string& name, zvbType type, int width) {
@@ -98,6 +99,14 @@ void NewTable::requireOfManager(bool done, const ZvbString& reason) const {
     InterruptGuard::check();
   }
   throw libraryFailure(reason);
+}
+
+void NewTable::requireOfCopy(bool done, const ZvbString& reason, const ZvbString& uri) const {
+  if (!done && !progress_.isCancelled()) {
+    const zvwt::Uri source(getURIFromURIString(uri));
+    throw readingFailure(source != nullptr ? source->getPath().asCstr() : uri.asCstr(), reason);
+  }
+  requireOfManager(done, reason);
 }
 
 // The library removes a table that has failed before it was closed; one that is sound, and unwanted

@@ -41,6 +41,8 @@ class NewTable {
   /// Fails when an operation of the table, or of the manager, has not been done.
   void require(bool done) const;
   void requireOfManager(bool done, const ZvbString& reason) const;
+  /// The same where rows of what a URI stands for were to be read.
+  void requireOfCopy(bool done, const ZvbString& reason, const ZvbString& uri) const;
   [[nodiscard]] bool closeQuietly();
 
   ZvWorkTableManager* manager_;

@@ -9,6 +9,7 @@
 #include "Failure.h"
 #include "Handles.h"
 #include "NearName.h"
+#include "TableFailure.h"
 
 namespace zvwttool {
 namespace {
@@ -64,7 +65,7 @@ Source::Source(ZvWorkTableManager& manager, const SourceOptions& options) {
   ZvbString text;
   const TableHandle table(manager.openTable(table_, allColumns, noNames, &range_, false, &text));
   if (table == nullptr) {
-    throw libraryFailure(text);
+    throw openingFailure(manager, table_.asCstr(), text, adviceToCheck(table_.asCstr()));
   }
   rowsOfTable_ = table->getRowCount();
   const Columns known = columnsOf(table.get());

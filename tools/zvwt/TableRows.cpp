@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "TableFailure.h"
+
 namespace zvwttool {
 
 namespace {
@@ -107,7 +109,7 @@ ZvbString TableRows::readAsXml() {
   const bool made = table_->asXml(0, static_cast<int>(remaining_), &document, &endOfTable);
   const ZvbString reason = table_->getErrorMessage();  // also of a row that could not be read
   if (!made || !reason.isEmpty()) {
-    throw libraryFailure(reason);
+    throw readingFailure(source_.table().asCstr(), reason);
   }
   return document;
 }
@@ -117,10 +119,12 @@ void TableRows::readRow() {
   if (table_->readRow(values_.data(), &endOfTable)) {
     return;
   }
+  const std::string table = source_.table().asCstr();
   if (endOfTable) {
-    throw Failure(ExitCode::damaged, "the table has fewer rows than its catalogue says");
+    throw Failure(ExitCode::damaged, table + ": the table has fewer rows than its catalogue says" +
+                                         adviceToCheck(table));
   }
-  throw libraryFailure(table_->getErrorMessage());
+  throw readingFailure(table, table_->getErrorMessage());
 }
 
 }  // namespace zvwttool

@@ -5,6 +5,7 @@
 #include "Failure.h"
 #include "OutputBuffer.h"
 #include "Source.h"
+#include "TableFailure.h"
 #include "UriExplanation.h"
 
 namespace zvwttool {
@@ -43,7 +44,7 @@ ExitCode runPartition(ZvWorkTableManager& manager, const PartitionOptions& optio
   std::vector<RowRange> ranges(static_cast<std::size_t>(parts));
   ZvbString text;
   if (!manager.partitionTable(source.uri(), &parts, ranges.data(), &text)) {
-    throw libraryFailure(text);
+    throw readingFailure(source.table().asCstr(), text);
   }
   ranges.resize(static_cast<std::size_t>(parts));
   OutputBuffer output;
