@@ -312,6 +312,23 @@ class Endings(TableTest):
             with self.assertRaisesRegex(zvwt.Error, "closed"):
                 call()
 
+    def test_of_a_manager_reach_what_is_just_being_opened(self) -> None:
+        name = self.make_counting(3)
+        done = python(
+            "import zvwt\n"
+            "class Closing(zvwt.Manager):\n"
+            "    def _add_cursor(self, cursor):\n"
+            "        super()._add_cursor(cursor)\n"
+            "        self.close()  # as another thread may\n"
+            f"for end in lambda m: m.open({name!r}), lambda m: m.create([('n', int)]):\n"
+            "    try:\n"
+            f"        end(Closing({self.directory!r}))\n"
+            "    except zvwt.Error as error:\n"
+            "        print(error)\n"
+        )
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertEqual(done.stdout, "The table is closed.\n" * 2)
+
     def test_come_in_any_order(self) -> None:
         name = self.make_counting(3)
         for order in ("mrw", "rwm", "wmr", "cycle"):

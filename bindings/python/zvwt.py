@@ -282,9 +282,12 @@ class _Cursor:
         self._lock = threading.Lock()  # one thread at a time uses a cursor
         self._manager = manager
         self._handle: Optional[int] = None
-        self._handle = manager._add_cursor(self)
-        table = c_void_p.from_address(self._handle).value
-        self._functions = _Functions.from_address(table)
+        manager._add_cursor(self)
+
+    def attach(self, handle: int) -> None:
+        """Takes the library's cursor, before any other thread knows this one."""
+        self._functions = _Functions.from_address(c_void_p.from_address(handle).value)
+        self._handle = handle
 
     def __enter__(self) -> tuple[int, _Functions]:
         self._lock.acquire()
@@ -379,13 +382,13 @@ class Manager:
             raise Error("The manager is closed.")
         return self._handle
 
-    def _add_cursor(self, cursor: _Cursor) -> int:
+    def _add_cursor(self, cursor: _Cursor) -> None:
         with self._lock:
             handle = _new_cursor(self._opened())
             if handle is None:
                 raise MemoryError
+            cursor.attach(handle)
             self._cursors.add(cursor)
-            return handle
 
     def _drop_cursor(self, cursor: _Cursor) -> None:
         self._cursors.discard(cursor)
