@@ -29,17 +29,18 @@ bool takesValue(const CLI::App& verb, const std::string& word) {
   return word.starts_with('-') && option != nullptr && option->get_items_expected_max() > 0;
 }
 
-std::vector<std::string> withEmptyValues(const CLI::App& verb, std::vector<std::string> words) {
+std::vector<std::string> withEmptyValues(const CLI::App& verb,
+                                         const std::vector<std::string>& words) {
   std::vector<std::string> all;
   bool isValue = false;  // of the option before it, whatever it looks like
   bool areOptionsOver = false;
-  for (std::string& word : words) {
+  for (const std::string& word : words) {
     areOptionsOver = areOptionsOver || (word == "--" && !isValue);
     const std::string option = word.substr(0, word.size() - 1);
     const bool lacksValue = !isValue && !areOptionsOver && word.starts_with("--") &&
                             word.find('=') == word.size() - 1 && takesValue(verb, option);
     isValue = !isValue && !areOptionsOver && takesValue(verb, word);
-    all.push_back(lacksValue ? option : std::move(word));
+    all.push_back(lacksValue ? option : word);
     if (lacksValue) {
       all.emplace_back();
     }
@@ -52,7 +53,7 @@ std::vector<std::string> withEmptyValues(const CLI::App& verb, std::vector<std::
 std::vector<std::string> parsableWords(const CLI::App& app, std::vector<std::string> words) {
   replaceHelp(&words);
   const CLI::App* verb = verbOf(app, words);
-  return verb != nullptr ? withEmptyValues(*verb, std::move(words)) : words;
+  return verb != nullptr ? withEmptyValues(*verb, words) : words;
 }
 
 }  // namespace zvwttool
