@@ -407,8 +407,8 @@ bool ZvWorkTableCursorImpl::letGoOfTable(const ZvbString& spared) noexcept {
     isGone = !table_->close() || table_->isRemovedOnRelease();
     table_.reset();
   }
-  const bool isKept = keepsTable || !removeOnClose_ || manager_ == nullptr ||
-                      name.compare(spared, true) == 0;
+  const bool isKept =
+      keepsTable || !removeOnClose_ || manager_ == nullptr || name.compare(spared, true) == 0;
   ZvbString reason;
   if (isGone || isKept || name.isEmpty() || manager_->deleteTable(name, &reason)) {
     return true;
