@@ -3,12 +3,13 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "CsvForm.h"
 #include "ExitCode.h"
+#include "ReadOptions.h"
+#include "SortPlan.h"
 #include "zvwt.h"
 
 namespace zvwttool {
@@ -23,21 +24,6 @@ struct GivenWidth {
   int bytes;
 };
 
-/// One column that rows are sorted by.
-struct SortKey {
-  std::string column;
-  std::string modifiers = {};  ///< behind it, as they were given
-  bool isDescending = false;
-  bool putsNullsLast = false;  ///< whatever the direction; else they come first
-  bool ignoresCase = false;
-};
-
-struct SortPlan {
-  std::vector<SortKey> keys;       ///< none: not sorted
-  std::int64_t memory = 0;         ///< bytes, 0 for the library's default
-  std::int64_t workFileLimit = 0;  ///< bytes, 0 for no limit
-};
-
 struct ImportOptions {
   std::string file;  ///< "-" is standard input
   CsvForm form;
@@ -46,19 +32,6 @@ struct ImportOptions {
   std::vector<GivenWidth> widths;
   SortPlan sort;
   std::int64_t maxElementSize = 0;  ///< bytes, 0 for no limit
-};
-
-/// What is to be read.
-struct SourceOptions {
-  std::string table;                ///< a table's name or a URI
-  std::vector<std::string> select;  ///< lists of columns, each NAME or NEW=NAME
-  std::optional<RowRange> range;
-};
-
-struct ReadOptions {
-  SourceOptions source;
-  std::vector<std::string> conditions;  ///< that a row has to satisfy, see Condition.h
-  bool backwards = false;
 };
 
 struct ShowOptions {

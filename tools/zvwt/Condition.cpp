@@ -4,6 +4,7 @@
 #include <new>
 #include <optional>
 
+#include "ColumnNames.h"
 #include "DisplayText.h"
 #include "Failure.h"
 #include "NearName.h"
@@ -43,10 +44,6 @@ const Sign* signAt(std::string_view text) {
   return found == std::end(signs) ? nullptr : found;
 }
 
-bool sameName(std::string_view left, std::string_view right) {
-  return ZvbString(std::string(left).c_str()).compare(std::string(right).c_str(), false) == 0;
-}
-
 std::string_view withoutBlanks(std::string_view text) {
   const std::size_t begin = std::min(text.find_first_not_of(' '), text.size());
   return text.substr(begin, text.find_last_not_of(' ') + 1 - begin);
@@ -61,7 +58,7 @@ std::string_view withoutQuotes(std::string_view text) {
 std::optional<ConditionParts> readPhrase(std::string_view text) {
   for (const Sign& phrase : phrases) {
     const std::size_t begin = text.size() - std::min(text.size(), phrase.text.size());
-    if (sameName(text.substr(begin), phrase.text)) {
+    if (sameName(std::string(text.substr(begin)).c_str(), phrase.text.data())) {
       return ConditionParts{.column = std::string(withoutBlanks(text.substr(0, begin))),
                             .comparison = phrase.comparison,
                             .value = {}};
@@ -78,17 +75,12 @@ ConditionParts splitAt(std::string_view text, std::size_t place, const Sign& sig
           .value = std::string(withoutQuotes(value))};
 }
 
-bool contains(const std::vector<std::string>& names, const std::string& name) {
-  return std::any_of(names.begin(), names.end(),
-                     [&name](const std::string& own) { return sameName(own, name); });
-}
-
 }  // namespace
 
 ConditionParts readCondition(const std::string& text,
                              const std::vector<std::string>& columnsOfTable) {
   std::optional<ConditionParts> first = readPhrase(withoutBlanks(text));
-  if (first.has_value() && contains(columnsOfTable, first->column)) {
+  if (first.has_value() && hasName(columnsOfTable, first->column.c_str())) {
     return *first;
   }
   std::optional<ConditionParts> longest;
@@ -96,7 +88,7 @@ ConditionParts readCondition(const std::string& text,
     if (const Sign* sign = signAt(std::string_view(text).substr(place))) {
       ConditionParts parts = splitAt(text, place, *sign);
       first = first.has_value() ? first : parts;
-      longest = contains(columnsOfTable, parts.column) ? std::move(parts) : longest;
+      longest = hasName(columnsOfTable, parts.column.c_str()) ? std::move(parts) : longest;
     }
   }
   if (longest.has_value()) {

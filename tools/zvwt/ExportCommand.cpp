@@ -117,8 +117,7 @@ ExitCode runExport(ZvWorkTableManager& manager, const ExportOptions& options) {
   if (output.hasEscapes()) {
     remark(
         "control characters and bytes that are no UTF-8 are escaped on a terminal; a file or a "
-        "pipe "
-        "gets the data as they are");
+        "pipe gets the data as they are");
   }
   return ExitCode::success;
 }

@@ -4,6 +4,7 @@
 #include <numeric>
 #include <optional>
 
+#include "ColumnNames.h"
 #include "Commands.h"
 #include "Counted.h"
 #include "CsvInput.h"
@@ -35,10 +36,6 @@ struct Column {
 bool isNameless(const CsvReader& reader, std::size_t column) {
   const std::vector<std::size_t>& nameless = reader.namelessColumns();
   return std::binary_search(nameless.begin(), nameless.end(), column);
-}
-
-bool sameName(const std::string& left, const std::string& right) {
-  return ZvbString(left.c_str()).compare(right.c_str(), false) == 0;
 }
 
 [[noreturn]] void failForColumn(const char* option, const std::string& name,
@@ -131,7 +128,7 @@ void Import::rejectRepeatedNames(const CsvReader& reader) const {
   });
   const auto repeated =
       std::adjacent_find(order.begin(), order.end(), [&names](std::size_t left, std::size_t right) {
-        return names[left].compare(names[right], false) == 0;
+        return sameName(names[left], names[right]);
       });
   if (repeated == order.end()) {
     return;
@@ -207,7 +204,7 @@ void Import::checkSortColumns() {
 
 Column* Import::findColumn(const std::string& name) {
   const auto found = std::find_if(columns_.begin(), columns_.end(), [&name](const Column& column) {
-    return sameName(column.name, name);
+    return sameName(column.name.c_str(), name.c_str());
   });
   return found == columns_.end() ? nullptr : &*found;
 }

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <string>
 
-#include "Commands.h"
 #include "Handles.h"
+#include "SortPlan.h"
 #include "SortProgress.h"
 
 namespace zvwttool {

@@ -6,6 +6,8 @@
 #include <map>
 #include <optional>
 
+#include "ColumnNames.h"
+
 namespace zvwttool {
 namespace {
 
@@ -173,7 +175,7 @@ std::vector<SortKey> readSortKeys(const std::string& option,
     for (const std::string_view part : splitAt(',', text)) {
       SortKey key = readSortKey(part);
       const bool isRepeated = std::any_of(keys.begin(), keys.end(), [&key](const SortKey& other) {
-        return ZvbString(other.column.c_str()).compare(key.column.c_str(), false) == 0;
+        return sameName(other.column.c_str(), key.column.c_str());
       });
       if (key.column.empty() || isRepeated) {
         throw CLI::ValidationError(

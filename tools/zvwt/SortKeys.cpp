@@ -1,8 +1,8 @@
 #include "SortKeys.h"
 
-#include <algorithm>
 #include <string_view>
 
+#include "ColumnNames.h"
 #include "DisplayText.h"
 #include "Failure.h"
 #include "NearName.h"
@@ -12,12 +12,6 @@ namespace {
 
 constexpr std::uint64_t ignoreCase = 1;
 constexpr std::uint64_t nullsLast = 2;
-
-bool contains(const std::vector<std::string>& columns, const std::string& wanted) {
-  return std::any_of(columns.begin(), columns.end(), [&wanted](const std::string& column) {
-    return ZvbString(column.c_str()).compare(wanted.c_str(), false) == 0;
-  });
-}
 
 /// A column's name as it has to stand in a sort key.
 std::string escaped(const std::string& column) {
@@ -33,7 +27,7 @@ std::string escaped(const std::string& column) {
 std::string columnWithModifiers(const SortKey& key, const std::vector<std::string>& columns) {
   std::string modifiers = key.modifiers;
   while (!modifiers.empty()) {
-    if (contains(columns, key.column + modifiers)) {
+    if (hasName(columns, (key.column + modifiers).c_str())) {
       return escaped(key.column + modifiers) + key.modifiers.substr(modifiers.size());
     }
     modifiers.resize(modifiers.rfind(':'));
@@ -44,7 +38,7 @@ std::string columnWithModifiers(const SortKey& key, const std::vector<std::strin
 /// The key with the modifier that what stands behind the column's last colon is near to.
 std::string keyWithModifier(const SortKey& key, const std::vector<std::string>& columns) {
   const std::size_t colon = key.column.rfind(':');
-  if (colon == std::string::npos || !contains(columns, key.column.substr(0, colon))) {
+  if (colon == std::string::npos || !hasName(columns, key.column.substr(0, colon).c_str())) {
     return "";
   }
   const std::string modifier =
@@ -64,7 +58,7 @@ int findColumn(ZvWorkTableFile& columns, const SortKey& key, zvbType* type) {
     if (!columns.getColumnDefinition(column, &name, type, &width, &maxLength)) {
       throw libraryFailure(columns.getErrorMessage());
     }
-    if (name.compare(key.column.c_str(), false) == 0) {
+    if (sameName(name, key.column.c_str())) {
       return column;
     }
     others.emplace_back(name.asCstr());

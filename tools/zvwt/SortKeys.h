@@ -1,7 +1,8 @@
 /// How a table that is to be sorted is told so.
 #pragma once
 
-#include "Commands.h"
+#include "SortPlan.h"
+#include "ZvWorkTableFile.h"
 
 namespace zvwttool {
 

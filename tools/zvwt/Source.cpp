@@ -4,6 +4,7 @@
 #include <new>
 #include <string_view>
 
+#include "ColumnNames.h"
 #include "Diagnostics.h"
 #include "DisplayText.h"
 #include "Failure.h"
@@ -17,10 +18,6 @@ namespace {
 using ReadUri = zvwt::Uri;
 
 ReadUri readUri(const std::string& text) { return ReadUri(getURIFromURIString(text.c_str())); }
-
-bool sameName(const ZvbString& left, const ZvbString& right) {
-  return left.compare(right, false) == 0;
-}
 
 }  // namespace
 
@@ -113,11 +110,7 @@ std::vector<std::string> Source::namesOf(const Columns& columns) {
   return names;
 }
 
-bool Source::hasColumn(const ZvbString& name) const {
-  return std::any_of(
-      columnsOfTable_.begin(), columnsOfTable_.end(),
-      [&name](const std::string& own) { return name.compare(own.c_str(), false) == 0; });
-}
+bool Source::hasColumn(const ZvbString& name) const { return hasName(columnsOfTable_, name); }
 
 /// Takes a list of columns, each by its name or as NEW=NAME. A name of the table's may contain
 /// equals signs.

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "Commands.h"
+#include "ReadOptions.h"
 #include "base/ZvURI.h"
 #include "base/ZvWorkTableURI.h"
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "Commands.h"
 #include "Condition.h"
 #include "Handles.h"
+#include "ReadOptions.h"
 #include "Source.h"
 
 namespace zvwttool {
