@@ -6,14 +6,14 @@
 #include <tuple>
 #include <vector>
 
-#include "CsvInput.h"
-#include "CsvReader.h"
-#include "DisplayText.h"
-#include "Failure.h"
-#include "FieldValue.h"
-#include "Progress.h"
-#include "TypeInference.h"
+#include "formats/CsvInput.h"
+#include "formats/CsvReader.h"
+#include "formats/TypeInference.h"
+#include "process/Failure.h"
+#include "process/Progress.h"
 #include "support/TemporaryDirectory.h"
+#include "tables/FieldValue.h"
+#include "text/DisplayText.h"
 
 using namespace zvwttool;
 using namespace std::string_literals;

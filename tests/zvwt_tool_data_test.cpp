@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-#include "JsonLinesWriter.h"
+#include "formats/JsonLinesWriter.h"
 #include "support/ToolFixture.h"
 
 namespace {

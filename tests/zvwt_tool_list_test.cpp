@@ -3,9 +3,9 @@
 #include <chrono>
 #include <filesystem>
 
-#include "Age.h"
 #include "ZvwtHandles.h"
 #include "support/ToolFixture.h"
+#include "text/Age.h"
 
 namespace {
 

@@ -3,13 +3,13 @@
 #include <filesystem>
 #include <limits>
 
-#include "CharacterWidth.h"
-#include "ColumnFit.h"
-#include "DisplayText.h"
-#include "NearName.h"
-#include "TerminalText.h"
-#include "TextGrid.h"
+#include "formats/ColumnFit.h"
+#include "formats/TextGrid.h"
 #include "support/ToolFixture.h"
+#include "text/CharacterWidth.h"
+#include "text/DisplayText.h"
+#include "text/NearName.h"
+#include "text/TerminalText.h"
 
 namespace {
 

@@ -3,17 +3,17 @@
 #include <new>
 #include <sstream>
 
-#include "CommandDescription.h"
-#include "CommandWords.h"
-#include "Diagnostics.h"
-#include "Directories.h"
-#include "Handles.h"
-#include "Help.h"
-#include "InterruptGuard.h"
-#include "OutputBuffer.h"
-#include "System.h"
-#include "UsageErrors.h"
-#include "Verbs.h"
+#include "command_line/CommandDescription.h"
+#include "command_line/CommandWords.h"
+#include "command_line/Help.h"
+#include "command_line/UsageErrors.h"
+#include "command_line/Verbs.h"
+#include "process/Diagnostics.h"
+#include "process/InterruptGuard.h"
+#include "process/OutputBuffer.h"
+#include "process/System.h"
+#include "tables/Directories.h"
+#include "tables/Handles.h"
 
 namespace {
 
