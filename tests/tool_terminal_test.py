@@ -35,6 +35,8 @@ class Terminal:
             env=variables,
             encoding="utf-8",
             timeout=60,
+            # A shell in the background would have its commands ignore it.
+            preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL),
         )
 
     def read_slowly_until(self, pattern: str) -> None:
