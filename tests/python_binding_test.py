@@ -5,6 +5,7 @@ ZVWT_LIBRARY names the library, ZVWT_TOOL the tool, ZVWT_SOURCE the folder of th
 
 import collections
 import gc
+import itertools
 import os
 import pathlib
 import re
@@ -166,6 +167,43 @@ class Reading(TableTest):
                 self.assertEqual(next(loop), (expected[0],))
                 rows.rewind()
                 self.assertEqual([number for (number,) in loop], expected)
+
+    def test_goes_on_where_it_was_when_it_cannot_start_again(self) -> None:
+        name = self.make_counting(10000)
+        with self.manager.open(name) as rows:
+            loop = iter(rows)
+            self.assertEqual(next(loop), (0,))
+            self.manager.delete(name)
+            self.assertRaisesRegex(zvwt.Error, "^1353: ", rows.rewind)
+            self.assertEqual([number for (number,) in loop], list(range(1, 10000)))
+
+    def test_goes_on_behind_an_interrupt(self) -> None:
+        name = self.make_counting(10)
+        for interrupted in itertools.count(1):
+            left = interrupted
+
+            def interrupt(frame, event, _) -> None:
+                nonlocal left
+                if frame.f_code.co_name in ("_read_behind", "_rows_of") and "return" in event:
+                    left -= 1
+                    if left == 0:
+                        raise KeyboardInterrupt
+
+            seen: list = []
+            with self.manager.open(name) as rows:
+                rows._batch_rows = 3
+                sys.setprofile(interrupt)
+                try:
+                    seen.extend(rows)
+                except KeyboardInterrupt:
+                    pass
+                finally:
+                    sys.setprofile(None)
+                seen.extend(rows)
+            self.assertEqual(seen, [(i,) for i in range(10)], interrupted)
+            if left > 0:
+                break
+        self.assertGreater(interrupted, 12)
 
     def test_by_two_at_once(self) -> None:
         name = self.make_counting(20000)

@@ -409,8 +409,9 @@ def _directory_list(
 class Reader:
     """The rows of a table: what `for row in reader` gives, tuples with one value for each column.
 
-    A loop that is left early is continued by the next one, and so is one that an Error has ended:
-    a row that cannot be read costs only itself. rewind() starts again.
+    A loop that is left early is continued by the next one, and so is one that an exception has
+    ended: a row that cannot be read costs only itself, and an interrupt no row. rewind() starts
+    again.
     """
 
     _cursor: Optional[_Cursor] = None
@@ -420,7 +421,8 @@ class Reader:
             raise TypeError("reals are given as decimal.Decimal or float")
         self._manager = manager
         self._what = (_encode(name_or_uri), 1 if backwards else 0)
-        self._rows: Iterator[tuple[Any, ...]] = iter(())
+        # Rows to be given, and behind them the count of those whose texts have been read already.
+        self._batch: tuple[Iterator[tuple[Any, ...]], list[int]] = (iter(()), [])
         self._cursor = _Cursor(manager)
         with self._cursor as (handle, functions):
             self._open(handle)
@@ -438,16 +440,17 @@ class Reader:
 
     def __iter__(self) -> Iterator[tuple[Any, ...]]:
         while True:
-            rows = self._rows
+            rows, _ = self._batch
             yield from rows
             if not self._read_behind(rows):
                 return
 
     def rewind(self) -> None:
-        """Starts again: the next row is the one that came first."""
+        """Starts again: the next row is the one that came first. After an Error it is the one that
+        would have come next, as long as it can be read."""
         with self._cursor as (handle, _):
-            self._forget_rows()
             self._open(handle)
+            self._forget_rows()
 
     def close(self) -> None:
         """Closes the table. Closing again does nothing."""
@@ -483,20 +486,29 @@ class Reader:
         return tuple(columns)
 
     def _forget_rows(self) -> None:
-        for _ in self._rows:  # which a loop may be at
+        rows, read = self._batch
+        for _ in rows:  # which a loop may be at
             pass
+        read.clear()
 
     def _read_behind(self, rows: Iterator[tuple[Any, ...]]) -> bool:
         """Reads the next batch, unless somebody else has; False at the end."""
         with self._cursor as (handle, _):
-            if self._rows is not rows:
+            current, read = self._batch
+            if current is not rows:
                 return True
-            count = _read_rows(handle, self._batch_rows, self._texts)
+            if not read:
+                # One call reads and notes it: an interrupt comes before both or after both. Where
+                # it keeps the rows from being made of the texts, the next call makes them.
+                read.extend(map(_read_rows, [handle], [self._batch_rows], [self._texts]))
+            count = read[0]
+            if count > 0:
+                self._batch = (self._rows_of(count), [])
+                return True
+            read.clear()
             if count < 0:
                 raise self._cursor.failure()
-            if count > 0:
-                self._rows = self._rows_of(count)
-            return count > 0
+            return False
 
     def _rows_of(self, count: int) -> Iterator[tuple[Any, ...]]:
         columns = len(self.columns)
