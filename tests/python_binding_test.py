@@ -133,6 +133,11 @@ class Values(TableTest):
         with self.assertRaises(TypeError):
             self.manager.open(name, reals=int)
 
+    def test_of_dates_are_cut_to_milliseconds(self) -> None:
+        rows = [(datetime.max,), (datetime(2024, 2, 29, 23, 59, 59, 999999),)]
+        cut = [(row[0].replace(microsecond=999000),) for row in rows]
+        self.assertEqual(self.read(self.make([("d", datetime)], rows)), cut)
+
     def test_that_are_no_utf_8_survive(self) -> None:
         text = b"a\xff\xc3".decode("utf-8", "surrogateescape")
         self.assertEqual(self.read(self.make([("t", str)], [(text,), ("ü",)])), [(text,), ("ü",)])

@@ -17,7 +17,7 @@ Columns have one of five types; None is a null in each of them:
     int                 64 bits, signed
     decimal.Decimal     up to 38 digits; float is stored as such a decimal, too
     str                 without zero characters
-    datetime.datetime   without a time zone, kept in milliseconds; datetime.date is another name
+    datetime.datetime   without a time zone, cut to milliseconds; datetime.date is another name
 
 Nothing that is appended changes silently but for the milliseconds: a value that its column cannot
 hold is refused, and the rows before it stay. Bytes in a text that are no UTF-8 are read as lone
@@ -244,6 +244,8 @@ def _date_text(value: Any) -> bytes:
         raise TypeError(f"{value!r} is no date")
     if getattr(value, "tzinfo", None) is not None:
         raise ValueError(f"{value!r} has a time zone, which a table cannot keep")
+    if isinstance(value, datetime.datetime):
+        return value.isoformat(timespec="milliseconds").encode()
     return value.isoformat().encode()
 
 
