@@ -4,10 +4,12 @@ ZVWT_LIBRARY names the library, ZVWT_TOOL the tool, ZVWT_SOURCE the folder of th
 """
 
 import collections
+import copy
 import gc
 import itertools
 import os
 import pathlib
+import pickle
 import re
 import shutil
 import subprocess
@@ -371,6 +373,14 @@ class Endings(TableTest):
         )
         self.assertEqual((done.returncode, done.stderr), (0, ""))
         self.assertEqual(done.stdout, "The table is closed.\n" * 2)
+
+    def test_come_once_as_nothing_can_be_copied(self) -> None:
+        name = self.make_counting(3)
+        with self.manager.open(name) as reader, self.manager.create([("n", int)]) as writer:
+            for thing in self.manager, reader, writer:
+                for doubled in copy.copy, copy.deepcopy, pickle.dumps:
+                    with self.assertRaisesRegex(TypeError, "neither copied nor pickled"):
+                        doubled(thing)
 
     def test_come_in_any_order(self) -> None:
         name = self.make_counting(3)

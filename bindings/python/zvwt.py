@@ -317,7 +317,14 @@ class _Cursor:
         self._manager._drop_cursor(self)
 
 
-class Manager:
+class _Single:
+    """What a copy would release twice."""
+
+    def __reduce_ex__(self, _: object) -> Any:
+        raise TypeError(f"a {type(self).__name__} can be neither copied nor pickled")
+
+
+class Manager(_Single):
     """The tables in some directories.
 
     `directories` is one directory or a list of them; by default it is the system's temporary one.
@@ -408,7 +415,7 @@ def _directory_list(
     return os.pathsep.join(paths)
 
 
-class Reader:
+class Reader(_Single):
     """The rows of a table: what `for row in reader` gives, tuples with one value for each column.
 
     A loop that is left early is continued by the next one, and so is one that an exception has
@@ -520,7 +527,7 @@ class Reader:
         return zip(*[convert(texts[i::columns]) for i, convert in enumerate(self._conversions)])
 
 
-class Writer:
+class Writer(_Single):
     """A table that is being written.
 
         with manager.create([("id", int), ("city", str)]) as table:
