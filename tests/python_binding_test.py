@@ -16,6 +16,7 @@ import subprocess
 import sys
 import tempfile
 import threading
+import tracemalloc
 import unittest
 from datetime import date, datetime, timezone
 from decimal import Decimal
@@ -143,6 +144,17 @@ class Values(TableTest):
     def test_that_are_no_utf_8_survive(self) -> None:
         text = b"a\xff\xc3".decode("utf-8", "surrogateescape")
         self.assertEqual(self.read(self.make([("t", str)], [(text,), ("ü",)])), [(text,), ("ü",)])
+
+    def test_of_long_texts_take_no_memory_together(self) -> None:
+        with self.manager.create([("n", int), ("t", str)]) as table:
+            tracemalloc.start()
+            try:
+                table.extend((i, str(i % 10) * 100000) for i in range(200))
+                _, peak = tracemalloc.get_traced_memory()
+            finally:
+                tracemalloc.stop()
+        self.assertLess(peak, 6 << 20)  # of 20 MB
+        self.assertEqual(self.read(table.name)[199], (199, "9" * 100000))
 
     def test_in_rows_without_columns_and_in_wide_rows(self) -> None:
         name = self.make([(f"c{i}", int) for i in range(5000)], [range(5000)] * 3)

@@ -125,8 +125,9 @@ _row_count = _declare("zvwtRowCount", c_int64, c_void_p)
 _read_rows = _declare("zvwtReadRows", c_int, c_void_p, c_int, c_void_p)
 _append_rows = _declare("zvwtAppendRows", c_int, c_void_p, c_int, c_void_p)
 
-# Values that travel at once: the library reads no more.
+# What travels at once: values, and when they are appended characters. The library reads no more.
 _BATCH_VALUES = 4096
+_BATCH_CHARACTERS = 1 << 20
 _ERROR_SIZE = 1024
 
 
@@ -550,6 +551,7 @@ class Writer(_Single):
         numbers = [_TYPE_NUMBERS[column.type] for column in self.columns]
         names = [_encode(column.name) for column in self.columns]
         self._conversions = [_TEXTS_OF[number] for number in numbers]
+        self._has_texts = _STRING in numbers
         self._batch_rows = max(1, _BATCH_VALUES // max(1, len(numbers)))
         self._cursor = _Cursor(manager)
         with self._cursor as (handle, functions):
@@ -573,11 +575,17 @@ class Writer(_Single):
     def extend(self, rows: Iterable[Iterable[Any]]) -> None:
         """Adds rows, many at once. When one cannot be added, those before it are in the table."""
         batch: list[tuple[Any, ...]] = []
+        room = _BATCH_CHARACTERS
         try:
             for row in rows:
-                batch.append(tuple(row))
-                if len(batch) == self._batch_rows:
-                    full, batch = batch, []
+                row = tuple(row)
+                batch.append(row)
+                if self._has_texts:
+                    for value in row:
+                        if isinstance(value, str):
+                            room -= len(value)
+                if len(batch) == self._batch_rows or room < 0:
+                    full, batch, room = batch, [], _BATCH_CHARACTERS
                     self._append(full)
         finally:
             if batch:
