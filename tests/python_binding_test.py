@@ -272,6 +272,13 @@ class Refusals(TableTest):
             ((1, None, None, "2024-02-29", None), TypeError),
             ((1, None, None, datetime(2024, 2, 29, tzinfo=timezone.utc), None), ValueError),
             ((1, None, None, None, "true"), TypeError),
+            ((1, None, None, None, 1.0), TypeError),
+            ((1, None, None, None, Decimal(0)), TypeError),
+            ((1, None, None, None, []), TypeError),
+            ((1, None, None, None, 2), TypeError),
+            ((10**5000, None, None, None, None), (ValueError, zvwt.Error)),
+            ((1, None, 10**5000, None, None), (ValueError, zvwt.Error)),
+            ((1, "\ud800", None, None, None), ValueError),
             (5, TypeError),
         ]
         expected = []
@@ -312,6 +319,45 @@ class Refusals(TableTest):
             with self.assertRaisesRegex(zvwt.Error, "^1417: "):
                 manager.create([("a", int)])
         self.assertEqual(self.files(), [table.name])
+
+    def test_of_values_name_the_column_and_the_value(self) -> None:
+        said = {
+            ("x", None, None, None, None): "column \"n\": 'x' is no int",
+            (None, b"t", None, None, None): "column \"t\": b't' is no str",
+            (None, "a\0", None, None, None): r"""column "t": 'a\\x00' has a zero character""",
+            (None, "\ud800", None, None, None): r"""column "t": '\\ud800' has a surrogate""",
+            (None, None, "1", None, None): "column \"r\": '1' is no Decimal, float or int",
+            (None, None, None, "x" * 500, None): "column \"d\": 'x+[.]+x+' is no date",
+            (None, None, None, None, 1.0): 'column "b": 1.0 is no bool',
+            (None,): "a row of 1 values for 5 columns",
+            7: "7 is no row of values",
+        }
+        with self.manager.create(COLUMNS) as table:
+            for row, text in said.items():
+                for taken in (table.append, row), (table.extend, ROWS[:2] + [row]):
+                    with self.assertRaisesRegex((TypeError, ValueError), f"^{text}"):
+                        taken[0](taken[1])
+            self.assertRaisesRegex(TypeError, "^7 is no collection of rows$", table.extend, 7)
+            self.assertEqual(table.row_count, 2 * len(said))
+
+    def test_of_arguments_are_of_their_descriptions(self) -> None:
+        manager, path = self.manager, pathlib.Path("a")
+        for text, call, argument in (
+            ("the table: None is no str", manager.open, None),
+            ("the table: b'a' is no str", manager.open, b"a"),
+            ("the table: .*Path.'a'. is no str", manager.open, path),
+            ("the table: None is no str", manager.delete, None),
+            ("a directory is a str or a path, and b'a' is not", zvwt.Manager, b"a"),
+            ("a directory is a str or a path, and 5 is not", zvwt.Manager, [5]),
+            ("None is no directory and no list of directories", zvwt.Manager, None),
+            ("a column is a pair .*, and 'ab' is not", manager.create, {"ab": int}),
+            ("a column cannot be of the type 5", manager.create, [("a", 5)]),
+            ("the name of a column: 5 is no str", manager.create, [(5, int)]),
+            ("5 is no list of columns", manager.create, 5),
+        ):
+            with self.assertRaisesRegex(TypeError, f"^{text}$"):
+                call(argument)
+        self.assertRaisesRegex(TypeError, "None is no str", zvwt.Manager, name=None)
 
     def test_of_arguments_come_before_anything_is_done(self) -> None:
         self.assertRaises(TypeError, self.manager.create, [("a", complex)])

@@ -24,8 +24,10 @@ hold is refused, and the rows before it stay. Bytes in a text that are no UTF-8 
 surrogates, and written back as they were (the error handler "surrogateescape").
 
 Errors: what the library refuses is raised as Error, with its text. A row of another length than
-the columns, a text with a zero character and a date with a time zone are a ValueError, a value of
-another type is a TypeError.
+the columns, a text with a zero character or a surrogate that stands for no byte, an int of
+thousands of digits and a date with a time zone are a ValueError, a value of
+another type is a TypeError, which names the column and the value. So is an argument of another
+type than its description says.
 Thread rule: a manager may be used by several threads at once. So may a reader or a writer, but its
 threads take turns and get rows in no order: each thread should have a reader of its own.
 
@@ -40,6 +42,7 @@ import ctypes.util
 import datetime
 import itertools
 import os
+import reprlib
 import threading
 from array import array
 from collections.abc import Callable, Iterable, Iterator, Sequence
@@ -131,11 +134,51 @@ _BATCH_CHARACTERS = 1 << 20
 _ERROR_SIZE = 1024
 
 
+_shortened = reprlib.Repr()
+_shortened.maxstring = _shortened.maxlong = _shortened.maxother = 80
+
+
+def _shown(value: Any) -> str:
+    """So much of a value as belongs into a message."""
+    try:
+        return _shortened.repr(value)
+    except ValueError:  # an int of more digits than Python prints
+        return "a number of too many digits"
+
+
+def _is_no(value: Any, what: str) -> TypeError:
+    return TypeError(f"{_shown(value)} is no {what}")
+
+
+def _said_of(what: str, error: Exception) -> Exception:
+    kind = TypeError if isinstance(error, TypeError) else ValueError
+    return kind(f"{what}: {error}")
+
+
 def _encode(text: str) -> bytes:
-    encoded = str.encode(text, "utf-8", "surrogateescape")
+    if not isinstance(text, str):
+        raise _is_no(text, "str")
+    try:
+        encoded = str.encode(text, "utf-8", "surrogateescape")
+    except UnicodeEncodeError:
+        raise ValueError(f"{_shown(text)} has a surrogate that stands for no byte") from None
     if b"\0" in encoded:
-        raise ValueError("a text cannot have a zero character")
+        raise ValueError(f"{_shown(text)} has a zero character, which would end it")
     return encoded
+
+
+def _encode_name(what: str, name: str) -> bytes:
+    try:
+        return _encode(name)
+    except (TypeError, ValueError) as error:
+        raise _said_of(what, error) from None
+
+
+def _iterate(things: Iterable[Any], what: str) -> Iterator[Any]:
+    try:
+        return iter(things)
+    except TypeError:
+        raise _is_no(things, what) from None
 
 
 def _decode(text: bytes) -> str:
@@ -204,47 +247,62 @@ def _encode_all(strings: Iterable[str]) -> _Texts:
     return "\0".join(strings).encode("utf-8", "surrogateescape").split(b"\0")
 
 
+def _boolean_text(value: Any) -> bytes:
+    if isinstance(value, int) and value in (0, 1):
+        return _BOOLEAN_TEXTS[value]
+    raise _is_no(value, "bool")
+
+
 def _boolean_texts(values: _Values) -> _Texts:
-    try:
+    if {bool, type(None)}.issuperset(map(type, values)):
         return [_BOOLEAN_TEXTS[value] for value in values]
-    except KeyError as error:
-        raise TypeError(f"{error.args[0]!r} is no bool") from None
+    return _each(_boolean_text, values)
+
+
+def _digits(value: Any, what: str) -> bytes:
+    try:
+        return b"%d" % index(value)
+    except TypeError:
+        raise _is_no(value, what) from None
+    except ValueError:
+        raise ValueError(f"{_shown(value)} is too large") from None
 
 
 def _integer_texts(values: _Values) -> _Texts:
     try:
         return list(map(b"%d".__mod__, map(index, values)))
-    except TypeError:
-        return _each(lambda value: b"%d" % index(value), values)
+    except (TypeError, ValueError):
+        return _each(lambda value: _digits(value, "int"), values)
 
 
 def _real_text(value: Any) -> bytes:
     if isinstance(value, (Decimal, float)):
         return str(value).encode()
-    return b"%d" % index(value)
+    return _digits(value, "Decimal, float or int")
 
 
 def _real_texts(values: _Values) -> _Texts:
-    if {Decimal, float, int}.issuperset(map(type, values)):
-        return _encode_all(map(str, values))
+    try:
+        if {Decimal, float, int}.issuperset(map(type, values)):
+            return _encode_all(map(str, values))
+    except ValueError:  # an int of more digits than Python prints
+        pass
     return _each(_real_text, values)
 
 
 def _string_texts(values: _Values) -> _Texts:
     try:
         texts = _encode_all(values)
-    except TypeError:
+    except (TypeError, UnicodeEncodeError):
         return _each(_encode, values)
-    if len(texts) != len(values):
-        raise ValueError("a text cannot have a zero character")
-    return texts
+    return texts if len(texts) == len(values) else _each(_encode, values)
 
 
 def _date_text(value: Any) -> bytes:
     if not isinstance(value, datetime.date):
-        raise TypeError(f"{value!r} is no date")
+        raise _is_no(value, "date")
     if getattr(value, "tzinfo", None) is not None:
-        raise ValueError(f"{value!r} has a time zone, which a table cannot keep")
+        raise ValueError(f"{_shown(value)} has a time zone, which a table cannot keep")
     if isinstance(value, datetime.datetime):
         return value.isoformat(timespec="milliseconds").encode()
     return value.isoformat().encode()
@@ -344,8 +402,9 @@ class Manager(_Single):
         self._lock = threading.Lock()
         self._cursors: set[_Cursor] = set()
         reason = ctypes.create_string_buffer(_ERROR_SIZE)
+        named = _encode_name("the manager's name", name)
         listed = _encode(_directory_list(directories))
-        self._handle = _new_manager(_encode(name), listed, reason, _ERROR_SIZE)
+        self._handle = _new_manager(named, listed, reason, _ERROR_SIZE)
         if self._handle is None:
             raise Error(_decode(reason.value))
 
@@ -363,9 +422,10 @@ class Manager(_Single):
 
     def delete(self, name: str) -> None:
         """Removes a table's files."""
+        encoded = _encode_name("the table", name)
         reason = ctypes.create_string_buffer(_ERROR_SIZE)
         with self._lock:
-            if _delete_table(self._opened(), _encode(name), reason, _ERROR_SIZE) != 0:
+            if _delete_table(self._opened(), encoded, reason, _ERROR_SIZE) != 0:
                 raise Error(_decode(reason.value))
 
     def close(self) -> None:
@@ -407,13 +467,19 @@ class Manager(_Single):
 def _directory_list(
     directories: Union[str, os.PathLike[str], Iterable[Union[str, os.PathLike[str]]]]
 ) -> str:
-    if isinstance(directories, (str, os.PathLike)):
+    if isinstance(directories, (str, bytes, os.PathLike)):
         directories = [directories]
-    paths = [os.fspath(path) for path in directories]
-    for path in paths:
-        if path == "" or os.pathsep in path:
-            raise ValueError(f"a directory cannot be named {path!r}")
-    return os.pathsep.join(paths)
+    listed = _iterate(directories, "directory and no list of directories")
+    return os.pathsep.join(map(_directory, listed))
+
+
+def _directory(path: Union[str, os.PathLike[str]]) -> str:
+    text = os.fspath(path) if isinstance(path, os.PathLike) else path
+    if not isinstance(text, str):
+        raise TypeError(f"a directory is a str or a path, and {_shown(path)} is not")
+    if text == "" or os.pathsep in text:
+        raise ValueError(f"a directory cannot be named {_shown(text)}")
+    return text
 
 
 class Reader(_Single):
@@ -430,7 +496,7 @@ class Reader(_Single):
         if reals not in (Decimal, float):
             raise TypeError("reals are given as decimal.Decimal or float")
         self._manager = manager
-        self._what = (_encode(name_or_uri), 1 if backwards else 0)
+        self._what = (_encode_name("the table", name_or_uri), 1 if backwards else 0)
         # Rows to be given, and behind them the count of those whose texts have been read already.
         self._batch: tuple[Iterator[tuple[Any, ...]], list[int]] = (iter(()), [])
         self._cursor = _Cursor(manager)
@@ -528,6 +594,19 @@ class Reader(_Single):
         return zip(*[convert(texts[i::columns]) for i, convert in enumerate(self._conversions)])
 
 
+def _column(pair: tuple[str, type]) -> Column:
+    if not isinstance(pair, (tuple, list)) or len(pair) != 2:
+        raise TypeError(f"a column is a pair of a name and a type, and {_shown(pair)} is not")
+    column = Column(*pair)
+    if not isinstance(column.type, type) or column.type not in _TYPE_NUMBERS:
+        raise TypeError(f"a column cannot be of the type {_shown(column.type)}")
+    return column
+
+
+def _row(values: Iterable[Any]) -> tuple[Any, ...]:
+    return tuple(_iterate(values, "row of values"))
+
+
 class Writer(_Single):
     """A table that is being written.
 
@@ -544,12 +623,9 @@ class Writer(_Single):
 
     def __init__(self, manager: Manager, columns: Iterable[tuple[str, type]]) -> None:
         self._manager = manager
-        self.columns = tuple(Column(*column) for column in columns)
-        for column in self.columns:
-            if column.type not in _TYPE_NUMBERS:
-                raise TypeError(f"a column cannot be of the type {column.type!r}")
+        self.columns = tuple(map(_column, _iterate(columns, "list of columns")))
         numbers = [_TYPE_NUMBERS[column.type] for column in self.columns]
-        names = [_encode(column.name) for column in self.columns]
+        names = [_encode_name("the name of a column", column.name) for column in self.columns]
         self._conversions = [_TEXTS_OF[number] for number in numbers]
         self._has_texts = _STRING in numbers
         self._batch_rows = max(1, _BATCH_VALUES // max(1, len(numbers)))
@@ -570,15 +646,16 @@ class Writer(_Single):
 
     def append(self, row: Iterable[Any]) -> None:
         """Adds a row: one value for each column."""
-        self._append([tuple(row)])
+        self._append([_row(row)])
 
     def extend(self, rows: Iterable[Iterable[Any]]) -> None:
-        """Adds rows, many at once. When one cannot be added, those before it are in the table."""
+        """Adds rows, many at once. When one cannot be added, those before it are in the table:
+        row_count tells how many were taken."""
         batch: list[tuple[Any, ...]] = []
         room = _BATCH_CHARACTERS
         try:
-            for row in rows:
-                row = tuple(row)
+            for row in _iterate(rows, "collection of rows"):
+                row = row if type(row) is tuple else _row(row)
                 batch.append(row)
                 if self._has_texts:
                     for value in row:
@@ -647,5 +724,11 @@ class Writer(_Single):
         for row in rows:
             if len(row) != count:
                 raise ValueError(f"a row of {len(row)} values for {count} columns")
-        columns = [convert(values) for convert, values in zip(self._conversions, zip(*rows))]
+        columns = map(self._column_texts, range(count), zip(*rows))
         return list(itertools.chain.from_iterable(zip(*columns)))
+
+    def _column_texts(self, place: int, values: _Values) -> _Texts:
+        try:
+            return self._conversions[place](values)
+        except (TypeError, ValueError) as error:
+            raise _said_of(f'column "{self.columns[place].name}"', error) from None
