@@ -1,5 +1,6 @@
 """Work tables: typed rows that wait on disk for a while.
 
+    import datetime
     import zvwt
 
     with zvwt.Manager("/data/tables") as manager:
@@ -15,19 +16,22 @@ Columns have one of five types; None is a null in each of them:
 
     bool
     int                 64 bits, signed
-    decimal.Decimal     up to 38 digits; float is stored as such a decimal, too
+    decimal.Decimal     up to 38 significant digits; float is stored as such a decimal, too
     str                 without zero characters
     datetime.datetime   without a time zone, cut to milliseconds; datetime.date is another name
 
 Nothing that is appended changes silently but for the milliseconds: a value that its column cannot
-hold is refused, and the rows before it stay. Bytes in a text that are no UTF-8 are read as lone
-surrogates, and written back as they were (the error handler "surrogateescape").
+hold is refused, and the rows before it stay. Values stay equal; 0 has no sign, and Decimal("1.10")
+is read as 1.1. Kin types are taken: an int for a Decimal or float and, where it is 0 or 1, for a
+bool, a bool for a number, and a date for a datetime. Bytes in a text that are no UTF-8 are read as
+lone surrogates, and written back as they were (the error handler "surrogateescape").
 
 Errors: what the library refuses is raised as Error, with its text. A row of another length than
 the columns, a text with a zero character or a surrogate that stands for no byte, an int of
-thousands of digits and a date with a time zone are a ValueError, a value of
-another type is a TypeError, which names the column and the value. So is an argument of another
-type than its description says.
+thousands of digits and a date with a time zone are a ValueError. A value of another type is a
+TypeError, and so is such an argument. Both name the column and the value.
+Appending to a finished table, copying, sorting, checking and cleaning up are left to the library's
+C++ classes and to its tool, zvwt.
 Thread rule: a manager may be used by several threads at once. So may a reader or a writer, but its
 threads take turns and get rows in no order: each thread should have a reader of its own.
 
@@ -386,7 +390,11 @@ class _Single:
 class Manager(_Single):
     """The tables in some directories.
 
-    `directories` is one directory or a list of them; by default it is the system's temporary one.
+    `directories` is one directory or a list of them; none stands for the library's option BASE/TEMP
+    (the environment variable ZVB_BASE_TEMP), else for the system's temporary directory. They are
+    first looked at when a table is made or opened. `name` is one by which the library's copyTable
+    finds this manager; files do not have it.
+
     Closing the manager, which the end of a `with` statement does, closes its readers, and its
     writers with the loss of their tables. Finished tables stay on disk until they are deleted.
     """
@@ -416,7 +424,7 @@ class Manager(_Single):
         """Opens a table, or the rows and columns of it that a URI lists, for reading. See Reader.
 
         Backwards, the last row comes first. `reals` is the type in which decimals are given: with
-        float they are read faster, and rounded.
+        float they are read faster, and rounded; beyond its range they are infinite.
         """
         return Reader(self, name_or_uri, backwards, reals)
 
@@ -488,6 +496,9 @@ class Reader(_Single):
     A loop that is left early is continued by the next one, and so is one that an exception has
     ended: a row that cannot be read costs only itself, and an interrupt no row. rewind() starts
     again.
+
+    `name` is the table's name, and `columns` a tuple of a Column for each of what is read. A reader
+    keeps its manager alive.
     """
 
     _cursor: Optional[_Cursor] = None
@@ -617,6 +628,9 @@ class Writer(_Single):
     close(), which the end of a `with` statement calls, finishes the table: it can then be opened.
     discard() gives it up, which an exception that leaves the `with` statement does, too. So does
     dropping the writer before it was closed.
+
+    `name` is the table's name, by which it is opened and deleted, and `columns` a tuple of a Column
+    for each of its columns. A writer keeps its manager alive.
     """
 
     _cursor: Optional[_Cursor] = None
