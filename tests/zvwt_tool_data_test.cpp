@@ -304,6 +304,7 @@ TEST_F(ToolData, KnowsConditionsWhereverRowsAreRead) {
   const std::string copy = nameIn(run("copy", with({uri})));
   EXPECT_EQ(exported(copy), "x,t\n3,a\n4,a\n");
   EXPECT_EQ(run("append", {copy, uri}).exitCode, 0);  // of the same widths
+  EXPECT_EQ(exported(nameIn(run("sort", with({"--by", "n:desc", table})))), "n,t\n4,a\n3,a\n1,a\n");
   const std::size_t files = tables_.names().size();
   EXPECT_EQ(refusal("copy", {"--where", "x=1", uri}), 2);
   EXPECT_EQ(refusal("copy", with({"--select", "n,n", table})), 2);

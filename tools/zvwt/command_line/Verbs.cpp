@@ -94,10 +94,12 @@ void addSort(CLI::App* app, Invocation* invocation) {
                "Makes a sorted table of a table and prints the name of the new one. Rows with "
                "equal keys keep their order",
                "  zvwt sort --by born:desc,name \"$table\"\n"
+               "  zvwt sort --by name --where 'born>=1900' \"$table\"\n"
                "  zvwt sort --by city:nocase:nulls-last --memory 1G \"$table\"\n"},
               runSort);
-  addSource(verb, "TABLE", &given->source);
-  addRows(verb, &given->source);
+  addSource(verb, "TABLE", &given->read.source);
+  addRows(verb, &given->read.source);
+  addConditions(verb, &given->read);
   addSortPlan(verb, "--by", &given->plan)->required();
   addMaxElementSize(verb, &given->maxElementSize);
   addQuiet(verb);

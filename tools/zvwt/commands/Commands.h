@@ -66,7 +66,7 @@ struct CopyOptions {
 };
 
 struct SortOptions {
-  SourceOptions source;
+  ReadOptions read;  ///< forwards
   SortPlan plan;
   std::int64_t maxElementSize = 0;  ///< bytes, 0 for no limit
 };
@@ -117,7 +117,7 @@ struct DeleteOptions {
 [[nodiscard]] ExitCode runList(ZvWorkTableManager& manager, const ListOptions& options);
 /// Makes a table of rows and prints its name. Whatever fails, nothing stays behind.
 [[nodiscard]] ExitCode runCopy(ZvWorkTableManager& manager, const CopyOptions& options);
-/// Makes a sorted table of a source's rows and columns and prints its name. Rows with equal keys
+/// Makes a sorted table of rows and prints its name. Rows with equal keys
 /// keep their order. Whatever fails, nothing stays behind.
 [[nodiscard]] ExitCode runSort(ZvWorkTableManager& manager, const SortOptions& options);
 /// Adds the rows of a source to a table.

@@ -29,28 +29,6 @@ void copyRows(const Source& source, std::int64_t maxElementSize, NewTable* table
   }
 }
 
-void defineColumns(const TableRows& rows, NewTable* table) {
-  int index = 0;
-  for (const TableRows::Column& column : rows.columns()) {
-    table->defineColumn(index++, column.name, column.type, column.width);
-  }
-}
-
-void copyWantedRows(TableRows* rows, std::int64_t maxElementSize, NewTable* table) {
-  const std::int64_t all = rows->remaining();
-  Progress progress("copying", ProgressUnit::rows, all);
-  table->create(static_cast<int>(rows->columns().size()), maxElementSize);
-  defineColumns(*rows, table);
-  while (rows->next()) {
-    InterruptGuard::check();
-    if (rows->isWanted()) {
-      table->writeRow(rows->values());
-    }
-    progress.update(all - rows->remaining());
-  }
-  table->close();
-}
-
 }  // namespace
 
 ExitCode runCopy(ZvWorkTableManager& manager, const CopyOptions& options) {
@@ -59,7 +37,7 @@ ExitCode runCopy(ZvWorkTableManager& manager, const CopyOptions& options) {
   const InterruptGuard guard;
   NewTable table(&manager);
   if (rows.hasConditions()) {
-    copyWantedRows(&rows, options.maxElementSize, &table);
+    table.copyWanted(&rows, options.maxElementSize, {});
   } else {
     copyRows(rows.source(), options.maxElementSize, &table);
   }

@@ -8,6 +8,7 @@
 #include "tables/Directories.h"
 #include "tables/Handles.h"
 #include "tables/Source.h"
+#include "tables/TableColumns.h"
 #include "tables/TableFailure.h"
 #include "text/Counted.h"
 
@@ -41,16 +42,13 @@ struct TableInfo {
   std::vector<ColumnFacts> facts;  // of each column, or of none
 };
 
-ColumnInfo columnInfo(ZvWorkTableFile* table, int column) {
-  ColumnInfo info;
-  ZvbString name;
-  int maxLength = 0;
-  if (!table->getColumnDefinition(column, &name, &info.type, &info.width, &maxLength)) {
-    throw libraryFailure(table->getErrorMessage());
-  }
-  info.name = name.asCstr();
-  info.longest = info.type == zvbTypeString ? maxLength - 1 : -1;  // less the terminator
-  return info;
+ColumnInfo columnInfo(const TableColumn& column) {
+  constexpr int terminator = 1;
+  const bool hasTexts = column.type == zvbTypeString;
+  return {.name = column.name,
+          .type = column.type,
+          .width = column.width,
+          .longest = hasTexts ? column.maxLength - terminator : -1};
 }
 
 TableInfo tableInfo(ZvWorkTableManager& manager, ZvWorkTableFile* table, bool readsRows) {
@@ -65,8 +63,8 @@ TableInfo tableInfo(ZvWorkTableManager& manager, ZvWorkTableFile* table, bool re
   if (!zvwtGetTableSizes(&manager, name, &info.sizes, &error)) {
     throw readingFailure(name.asCstr(), error);
   }
-  for (int column = 0; column < table->getColumnCount(); ++column) {
-    info.columns.push_back(columnInfo(table, column));
+  for (const TableColumn& column : columnsOf(*table)) {
+    info.columns.push_back(columnInfo(column));
   }
   if (readsRows) {
     info.facts = readColumnFacts(table);

@@ -1,17 +1,21 @@
 #include "commands/Commands.h"
 #include "process/InterruptGuard.h"
 #include "tables/NewTable.h"
-#include "tables/Source.h"
+#include "tables/TableRows.h"
 
 namespace zvwttool {
 
 ExitCode runSort(ZvWorkTableManager& manager, const SortOptions& options) {
-  const Source source(manager, options.source);
+  TableRows rows(manager, options.read);
+  const Source& source = rows.source();
   source.requireDifferentNames();
-  source.remarkMissingColumns();
   const InterruptGuard guard;
   NewTable table(&manager);
-  table.copySorted(source.uri(), options.maxElementSize, options.plan, source.rows().rowCount);
+  if (rows.hasConditions()) {
+    table.copyWanted(&rows, options.maxElementSize, options.plan);
+  } else {
+    table.copySorted(source.uri(), options.maxElementSize, options.plan, rows.remaining());
+  }
   table.finish();
   return ExitCode::success;
 }

@@ -7,6 +7,7 @@
 #include "formats/JsonWriter.h"
 #include "formats/OutputLook.h"
 #include "tables/Handles.h"
+#include "tables/TableColumns.h"
 
 namespace zvwttool {
 namespace {
@@ -65,17 +66,10 @@ Explained explain(const Source& source, const Source::Column& column, zvbType ty
 
 std::vector<Explained> explainColumns(ZvWorkTableManager& manager, const Source& source) {
   const TableHandle table = openTable(manager, source.uri());
+  const std::vector<TableColumn> read = columnsOf(*table);
   std::vector<Explained> columns;
-  for (const Source::Column& column : source.columns()) {
-    ZvbString name;
-    zvbType type = zvbTypeString;
-    int width = 0;
-    int maxLength = 0;
-    if (!table->getColumnDefinition(static_cast<int>(columns.size()), &name, &type, &width,
-                                    &maxLength)) {
-      throw libraryFailure(table->getErrorMessage());
-    }
-    columns.push_back(explain(source, column, type));
+  for (std::size_t i = 0; i < read.size(); ++i) {
+    columns.push_back(explain(source, source.columns()[i], read[i].type));
   }
   return columns;
 }

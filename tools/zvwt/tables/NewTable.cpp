@@ -5,6 +5,7 @@
 #include "process/Diagnostics.h"
 #include "process/InterruptGuard.h"
 #include "process/OutputBuffer.h"
+#include "process/Progress.h"
 #include "tables/SortKeys.h"
 #include "tables/TableFailure.h"
 
@@ -46,6 +47,31 @@ void NewTable::copySorted(const ZvbString& uri, std::int64_t maxElementSize, con
   isClosed_ = manager_->copyIntoTable(table_.get(), manager_, uri, &text);
   removeStatus();
   requireOfCopy(isClosed_, text, uri);
+}
+
+void NewTable::copyWanted(TableRows* rows, std::int64_t maxElementSize, const SortPlan& plan) {
+  create(static_cast<int>(rows->columns().size()), maxElementSize, plan.keys.size());
+  int index = 0;
+  for (const TableColumn& column : rows->columns()) {
+    defineColumn(index++, column.name, column.type, column.width);
+  }
+  if (!plan.keys.empty()) {
+    sortBy(plan);
+  }
+  writeWanted(rows);
+  close();
+}
+
+void NewTable::writeWanted(TableRows* rows) {
+  const std::int64_t all = rows->remaining();
+  Progress progress("copying", ProgressUnit::rows, all);
+  while (rows->next()) {
+    InterruptGuard::check();
+    if (rows->isWanted()) {
+      writeRow(rows->values());
+    }
+    progress.update(all - rows->remaining());
+  }
 }
 
 void NewTable::append(const ZvbString& uri) {

@@ -7,6 +7,7 @@
 #include "tables/Handles.h"
 #include "tables/SortPlan.h"
 #include "tables/SortProgress.h"
+#include "tables/TableRows.h"
 
 namespace zvwttool {
 
@@ -24,6 +25,8 @@ class NewTable {
   /// The same with the rows sorted; `rowCount` is how many there are.
   void copySorted(const ZvbString& uri, std::int64_t maxElementSize, const SortPlan& plan,
                   std::int64_t rowCount);
+  /// Makes a closed table of the rows that are wanted, sorted if the plan has keys.
+  void copyWanted(TableRows* rows, std::int64_t maxElementSize, const SortPlan& plan);
   /// Adds what a URI stands for to the closed table.
   void append(const ZvbString& uri);
   void defineColumn(int index, const std::string& name, zvbType type, int width);
@@ -37,6 +40,7 @@ class NewTable {
   void finish();
 
  private:
+  void writeWanted(TableRows* rows);
   void describeSort(const SortPlan& plan, ZvWorkTableFile& columns, std::int64_t rowCount);
   /// Fails when an operation of the table, or of the manager, has not been done.
   void require(bool done) const;

@@ -4,6 +4,7 @@
 
 #include "process/Failure.h"
 #include "tables/ColumnNames.h"
+#include "tables/TableColumns.h"
 #include "text/DisplayText.h"
 #include "text/NearName.h"
 
@@ -47,21 +48,14 @@ std::string keyWithModifier(const SortKey& key, const std::vector<std::string>& 
                           : escaped(key.column.substr(0, colon)) + ':' + modifier + key.modifiers;
 }
 
-/// The number of a column, and its type.
-int findColumn(ZvWorkTableFile& columns, const SortKey& key, zvbType* type) {
-  const int count = columns.getColumnCount();
+/// The number of a column.
+std::size_t findColumn(const std::vector<TableColumn>& columns, const SortKey& key) {
   std::vector<std::string> others;
-  for (int column = 0; column < count; ++column) {
-    ZvbString name;
-    int width = 0;
-    int maxLength = 0;
-    if (!columns.getColumnDefinition(column, &name, type, &width, &maxLength)) {
-      throw libraryFailure(columns.getErrorMessage());
-    }
-    if (sameName(name, key.column.c_str())) {
+  for (std::size_t column = 0; column < columns.size(); ++column) {
+    if (sameName(columns[column].name.c_str(), key.column.c_str())) {
       return column;
     }
-    others.emplace_back(name.asCstr());
+    others.push_back(columns[column].name);
   }
   throw Failure(ExitCode::usage,
                 "the table has no column " + quotedName(key.column) + didYouMean(key, others));
@@ -77,11 +71,11 @@ std::string didYouMean(const SortKey& key, const std::vector<std::string>& colum
 }
 
 void setSortKeys(const SortPlan& plan, ZvWorkTableFile& columns, ZvWorkTableFile* table) {
+  const std::vector<TableColumn> known = columnsOf(columns);
   int number = 0;
   for (const SortKey& key : plan.keys) {
-    zvbType type = zvbTypeString;
-    const int column = findColumn(columns, key, &type);
-    if (key.ignoresCase && type != zvbTypeString) {
+    const std::size_t column = findColumn(known, key);
+    if (key.ignoresCase && known[column].type != zvbTypeString) {
       throw Failure(ExitCode::usage, "column " + quotedName(key.column) +
                                          " has no texts whose case could be ignored");
     }

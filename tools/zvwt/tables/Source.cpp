@@ -8,6 +8,7 @@
 #include "process/Failure.h"
 #include "tables/ColumnNames.h"
 #include "tables/Handles.h"
+#include "tables/TableColumns.h"
 #include "tables/TableFailure.h"
 #include "text/DisplayText.h"
 #include "text/NearName.h"
@@ -65,10 +66,10 @@ Source::Source(ZvWorkTableManager& manager, const SourceOptions& options) {
     throw openingFailure(manager, table_.asCstr(), text, adviceToCheck(table_.asCstr()));
   }
   rowsOfTable_ = table->getRowCount();
-  const Columns known = columnsOf(table.get());
+  const Columns known = ownColumns(*table);
   columnsOfTable_ = namesOf(known);
   if (options.select.empty()) {
-    columns_ = uri != nullptr ? columnsOf(*uri) : known;
+    columns_ = uri != nullptr ? namedColumns(*uri) : known;
   }
   for (const std::string& list : options.select) {
     select(list);
@@ -81,19 +82,15 @@ Source::Source(ZvWorkTableManager& manager, const SourceOptions& options) {
                  });
 }
 
-Source::Columns Source::columnsOf(ZvWorkTableFile* table) {
-  Columns columns(static_cast<std::size_t>(table->getColumnCount()));
-  for (std::size_t i = 0; i < columns.size(); ++i) {
-    zvbType type = zvbTypeString;
-    int width = 0;
-    int maxLength = 0;
-    (void)table->getColumnDefinition(static_cast<int>(i), &columns[i].name, &type, &width,
-                                     &maxLength);
+Source::Columns Source::ownColumns(ZvWorkTableFile& table) {
+  Columns columns;
+  for (const TableColumn& column : columnsOf(table)) {
+    columns.push_back({.name = column.name.c_str(), .second = {}, .type = 0});
   }
   return columns;
 }
 
-Source::Columns Source::columnsOf(const ZvURI& uri) {
+Source::Columns Source::namedColumns(const ZvURI& uri) {
   Columns columns(static_cast<std::size_t>(uri.getColumnCount()));
   for (std::size_t i = 0; i < columns.size(); ++i) {
     Column& column = columns[i];

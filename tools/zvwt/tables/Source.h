@@ -65,8 +65,8 @@ class Source {
 
   using Columns = std::vector<Column>;
 
-  static Columns columnsOf(ZvWorkTableFile* table);
-  static Columns columnsOf(const ZvURI& uri);
+  static Columns ownColumns(ZvWorkTableFile& table);
+  static Columns namedColumns(const ZvURI& uri);
   static std::vector<std::string> namesOf(const Columns& columns);
   /// Adds the columns to the URI, which it takes over.
   [[nodiscard]] ZvbString build(ZvWorkTableURI* started) const;

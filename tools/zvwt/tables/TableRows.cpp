@@ -27,7 +27,8 @@ TableRows::TableRows(ZvWorkTableManager& manager, const ReadOptions& options)
   source_.remarkMissingColumns();
   const AllParts conditions = readConditions(options.conditions, source_);
   table_ = open(manager, source_, conditions, options.backwards);
-  describeColumns();
+  columns_ = columnsOf(*table_);
+  values_.resize(columns_.size());
   prepareConditions(conditions);
   const RowRange rows = source_.rows();
   remaining_ = rows.rowCount;
@@ -43,21 +44,6 @@ TableHandle TableRows::open(ZvWorkTableManager& manager, const Source& source,
     columns.push_back(condition.column);
   }
   return openTable(manager, source.uriWith(columns), backwards);
-}
-
-void TableRows::describeColumns() {
-  const int count = table_->getColumnCount();
-  for (int column = 0; column < count; ++column) {
-    ZvbString name;
-    zvbType type = zvbTypeString;
-    int width = 0;
-    int maxLength = 0;
-    if (!table_->getColumnDefinition(column, &name, &type, &width, &maxLength)) {
-      throw libraryFailure(table_->getErrorMessage());
-    }
-    columns_.push_back({name.asCstr(), type, width});
-  }
-  values_.resize(columns_.size());
 }
 
 /// The columns behind the source's own are those of the conditions, in their order.

@@ -9,16 +9,13 @@
 #include "tables/Handles.h"
 #include "tables/ReadOptions.h"
 #include "tables/Source.h"
+#include "tables/TableColumns.h"
 
 namespace zvwttool {
 
 class TableRows {
  public:
-  struct Column {
-    std::string name;
-    zvbType type;
-    int width;  // bytes of each text; 0: any number
-  };
+  using Column = TableColumn;
 
   /// Opens the table. The manager outlives the rows.
   TableRows(ZvWorkTableManager& manager, const ReadOptions& options);
@@ -46,7 +43,6 @@ class TableRows {
 
   static TableHandle open(ZvWorkTableManager& manager, const Source& source,
                           const AllParts& conditions, bool backwards);
-  void describeColumns();
   void prepareConditions(const AllParts& conditions);
   void passOver(std::int64_t rows);
   void readRow();
