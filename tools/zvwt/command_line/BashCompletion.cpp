@@ -109,13 +109,13 @@ bool takesWords(const CLI::App& verb) {
 /// options, else tables.
 std::string wordCase(const CLI::App& verb) {
   const std::string begin = "    " + verb.get_name();
-  const std::string options = begin + ":-*) _zvwt_words '" + optionNames(verb) + "' ;;\n";
-  if (!takesWords(verb)) {
-    return options;
+  std::string cases = begin + ":-*) _zvwt_words '" + optionNames(verb) + "' ;;\n";
+  if (takesWords(verb)) {
+    const bool takesFile = verb.get_option_no_throw("FILE") != nullptr;
+    cases += begin + ":*) " + (takesFile ? "_zvwt_paths -f" : "_zvwt_words \"$(_zvwt_tables)\"") +
+             " ;;\n";
   }
-  const bool takesFile = verb.get_option_no_throw("FILE") != nullptr;
-  return options + begin + ":*) " +
-         (takesFile ? "_zvwt_paths -f" : "_zvwt_words \"$(_zvwt_tables)\"") + " ;;\n";
+  return cases;
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <chrono>
 #include <exception>
 
@@ -52,7 +53,8 @@ bool take(const ZvwtOrphan* orphan, void* context) {
 std::int64_t secondsSince(std::int64_t time) {
   using namespace std::chrono;
   const auto now = system_clock::now().time_since_epoch();
-  return (duration_cast<nanoseconds>(now).count() - time) / 1'000'000'000;
+  const std::int64_t age = (duration_cast<nanoseconds>(now).count() - time) / 1'000'000'000;
+  return std::max<std::int64_t>(age, 0);  // clocks differ
 }
 
 void printOrphans(const std::vector<Orphan>& orphans, OutputBuffer* output) {

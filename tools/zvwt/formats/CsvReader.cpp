@@ -209,27 +209,28 @@ void CsvReader::explainParserFailure(char refused) {
   if (csv_error(&parser_) != CSV_EPARSE) {
     explainRefusedMemory();
   } else if (refused == '"') {
-    fail(line_, column, "a quote stands inside a field that does not begin with one");
+    noteFailure(line_, column, "a quote stands inside a field that does not begin with one");
   } else {
-    fail(line_, column, "the closing quote is followed by more text");
+    noteFailure(line_, column, "the closing quote is followed by more text");
   }
 }
 
 void CsvReader::explainRefusedMemory() {
   const std::size_t column = fields_.size();
   if (csv_get_buffer_size(&parser_) >= ZvbText::maximumSize) {
-    fail(nextFieldLine_, column, "the field is longer than a text can be");
+    noteFailure(nextFieldLine_, column, "the field is longer than a text can be");
   } else {
-    fail(nextFieldLine_, column, "there is no memory for the field");
+    noteFailure(nextFieldLine_, column, "there is no memory for the field");
     errorCode_ = ExitCode::inputOutput;
   }
 }
 
 void CsvReader::finish() {
   if (csv_fini(&parser_, fieldCallback, rowCallback, this) != 0) {
-    fail(nextFieldLine_, fields_.size(), "the field begins with a quote that is never closed");
+    noteFailure(nextFieldLine_, fields_.size(),
+                "the field begins with a quote that is never closed");
   } else if (afterCarriageReturn_) {
-    fail(line_, rowEndColumn_, "a carriage return stands without its line feed");
+    noteFailure(line_, rowEndColumn_, "a carriage return stands without its line feed");
   }
   throwFailure();
 }
@@ -266,11 +267,11 @@ void CsvReader::rowCallback(int terminator, void* reader) noexcept {
 
 void CsvReader::takeField(const char* text, std::size_t size) {
   if (afterCarriageReturn_) {
-    fail(line_, rowEndColumn_, "a carriage return stands without its line feed");
+    noteFailure(line_, rowEndColumn_, "a carriage return stands without its line feed");
     return;
   }
   if (text != nullptr && std::memchr(text, '\0', size) != nullptr) {
-    fail(nextFieldLine_, fields_.size(), "the field contains a zero byte");
+    noteFailure(nextFieldLine_, fields_.size(), "the field contains a zero byte");
     return;
   }
   addField(text, size);
@@ -290,7 +291,7 @@ void CsvReader::takeRowEnd(int terminator) {
   const bool endedBefore = afterCarriageReturn_;
   afterCarriageReturn_ = terminator == CSV_CR;
   if (endedBefore && afterCarriageReturn_) {
-    fail(line_, rowEndColumn_, "a carriage return stands without its line feed");
+    noteFailure(line_, rowEndColumn_, "a carriage return stands without its line feed");
     return;
   }
   if (!endedBefore) {
@@ -326,10 +327,10 @@ void CsvReader::checkFieldCount(bool lineIsEmpty) {
   if (count < expected) {
     reason += "; --ragged takes such rows";
   }
-  fail(line_, lineIsEmpty ? 0 : std::min(count, expected), reason);
+  noteFailure(line_, lineIsEmpty ? 0 : std::min(count, expected), reason);
 }
 
-void CsvReader::fail(std::int64_t line, std::size_t column, std::string_view reason) {
+void CsvReader::noteFailure(std::int64_t line, std::size_t column, std::string_view reason) {
   if (error_.empty()) {
     error_ = describe(line, column, reason);
   }

@@ -88,7 +88,7 @@ class CsvReader {
   void throwFailure() const;
   void takeColumnNames();
   void numberColumns();
-  void fail(std::int64_t line, std::size_t column, std::string_view reason);
+  void noteFailure(std::int64_t line, std::size_t column, std::string_view reason);
   [[nodiscard]] std::string describe(std::int64_t line, std::size_t column,
                                      std::string_view reason) const;
 
