@@ -4,6 +4,7 @@
 #include <new>
 
 #include "ZvwtHandles.h"
+#include "process/Progress.h"
 #include "tables/TableFailure.h"
 #include "tables/ValueOrder.h"
 
@@ -38,8 +39,11 @@ void add(const ZvbDatavar& value, ColumnFacts* facts) {
 
 std::vector<ColumnFacts> readColumnFacts(ZvWorkTableFile* table) {
   std::vector<ColumnFacts> facts(static_cast<std::size_t>(table->getColumnCount()));
+  Progress progress("looking at values", ProgressUnit::rows, table->getRowCount());
+  std::int64_t done = 0;
   zvwt::Rows rows(*table);
   for (const zvwt::Rows::Row row : rows) {
+    progress.update(++done);
     for (std::size_t column = 0; column < row.size(); ++column) {
       add(row[column], &facts[column]);
     }
