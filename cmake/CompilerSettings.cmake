@@ -33,8 +33,6 @@ function(zvwt_use_settings target)
       VISIBILITY_INLINES_HIDDEN ON)
   if(zvwt_link_time_optimisation)
     set_target_properties(${target} PROPERTIES INTERPROCEDURAL_OPTIMIZATION ON)
-    # By all processors: GCC says so at every link that has but one.
-    target_link_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-flto=auto>)
   endif()
 endfunction()
 
