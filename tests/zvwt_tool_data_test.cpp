@@ -281,6 +281,9 @@ TEST_F(ToolData, TakesTheRowsThatSatisfyConditions) {
     EXPECT_EQ(refusal("export", {"--where", condition, table}), 2) << condition;
   }
   EXPECT_EQ(refusal("export", {"--where", "i>0", "--format", "xml", table}), 2);
+  EXPECT_EQ(run("count", {"--where", "d>=1900", table}).errors,
+            "zvwt: --where: column \"d\" has values of type date, and \"1900\" is none; the form "
+            "is YYYY-MM-DD\n");
   EXPECT_EQ(run("count", {"--where", "K=1 is null", "--where", " z = 1", table}).errors,
             "zvwt: --where: the table has no column \"z\"\n");
 }

@@ -110,7 +110,8 @@ Condition::Condition(const ConditionParts& parts, zvbType type)
   if (hasValue && !readField(parts.value, type, &value_)) {
     throw Failure(ExitCode::usage, "--where: column " + quotedName(parts.column) +
                                        " has values of type " + typeWord(type) + ", and " +
-                                       quotedName(parts.value) + " is none");
+                                       quotedName(parts.value) + " is none" +
+                                       (type == zvbTypeDate ? "; the form is YYYY-MM-DD" : ""));
   }
   if (value_.memoryShort()) {
     throw std::bad_alloc();
